@@ -1,0 +1,84 @@
+// The in-memory database that holds all of a project: made at the first newProject, emptied for each later one.
+
+#include "app/mainwindow.h"
+#include "project/boilerplate.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlTableModel>
+#include <QTableView>
+
+using namespace Qt::StringLiterals;
+
+void MainWindow::newProject()
+{
+    dropQuestionModel();
+    if (db.isOpen())
+        resetProjectTables();
+    else if (!openProjectDatabase("failed to create in-memory project", ScriptLogging::On))
+        return;
+
+    insertDefaultBoilerplate(db);
+    projectPath.clear();
+    loadProject();
+    // The refresh passes through the text slots, which set the flag.
+    dirty = false;
+}
+
+bool MainWindow::openProjectDatabase(const char *failure, ScriptLogging logging)
+{
+    db = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"project"_s);
+    db.setDatabaseName(u":memory:"_s);
+    if (!db.open()) {
+        qWarning().noquote() << failure << db.lastError().text();
+        return false;
+    }
+    runSchemaScript(logging);
+    return true;
+}
+
+void MainWindow::runSchemaScript(ScriptLogging logging)
+{
+    QFile file(u":/project/sql/schema.sql"_s);
+    if (!file.open(QIODevice::ReadOnly))
+        return;
+
+    // No statement of the script holds a semicolon but its last character.
+    const QString script = QString::fromUtf8(file.readAll());
+    const QStringList pieces = script.split(u';', Qt::SkipEmptyParts);
+    for (const QString &piece : pieces) {
+        const QString statement = piece.trimmed();
+        if (statement.isEmpty())
+            continue;
+        QSqlQuery query(db);
+        if (!query.exec(statement) && logging == ScriptLogging::On)
+            qWarning().noquote() << query.lastError().text();
+    }
+}
+
+void MainWindow::resetProjectTables()
+{
+    if (!db.isOpen())
+        return;
+
+    // Children before parents, and the numbering last, so that it starts afresh.
+    static constexpr QLatin1StringView names[] = {
+        "responses"_L1, "persona_tags"_L1, "tags"_L1,     "question_attachments"_L1, "questions"_L1,
+        "personas"_L1,  "boilerplate"_L1,  "metadata"_L1, "sqlite_sequence"_L1};
+    const QStringList present = db.tables(QSql::Tables);
+    for (const QLatin1StringView name : names) {
+        if (present.contains(name, Qt::CaseSensitive))
+            QSqlQuery(db).exec("DELETE FROM "_L1 + name);
+    }
+}
+
+void MainWindow::dropQuestionModel()
+{
+    if (questionModel == nullptr)
+        return;
+    delete questionModel;
+    questionModel = nullptr;
+    questionView->setModel(nullptr);
+}
