@@ -1,0 +1,5 @@
+// A persona pack shown in the persona list, without importing it.
+
+#include "app/mainwindow.h"
+
+void MainWindow::loadPack(const QString & /*path*/) {}
