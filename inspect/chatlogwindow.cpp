@@ -1,0 +1,24 @@
+#include "inspect/chatlogwindow.h"
+
+#include <QBoxLayout>
+#include <QDialogButtonBox>
+#include <QPlainTextEdit>
+
+ChatLogWindow::ChatLogWindow(QWidget *parent)
+    : QDialog(parent)
+{
+    setWindowTitle(tr("Chat Log"));
+    auto *layout = new QVBoxLayout(this);
+    view = new QPlainTextEdit(this);
+    view->setReadOnly(true);
+    layout->addWidget(view);
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    layout->addWidget(buttons);
+    resize(500, 400);
+}
+
+void ChatLogWindow::appendLine(const QString &line)
+{
+    view->appendPlainText(line);
+}

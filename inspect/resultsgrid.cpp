@@ -1,0 +1,93 @@
+// The grid of the Results tab: a row for each persona, and for each question its answer and the reasoning. Rebuilt
+// whole at each refresh, and so after every answer of a run.
+
+#include "app/mainwindow.h"
+#include "inspect/newestanswers.h"
+
+#include <QHeaderView>
+#include <QScopeGuard>
+#include <QSqlQuery>
+#include <QTableWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct ResultPersona
+{
+    QString uuid;
+    QString name;
+};
+
+struct ResultQuestion
+{
+    int id = 0;
+    QString prompt;
+};
+
+} // namespace
+
+static bool readResultPersonas(const QSqlDatabase &database, QList<ResultPersona> &personas)
+{
+    QSqlQuery query(database);
+    if (!query.exec(u"SELECT uuid,name FROM personas ORDER BY name"_s))
+        return false;
+    while (query.next())
+        personas.append({query.value(0).toString(), query.value(1).toString()});
+    return true;
+}
+
+static bool readResultQuestions(const QSqlDatabase &database, QList<ResultQuestion> &questions)
+{
+    QSqlQuery query(database);
+    if (!query.exec(u"SELECT question_id,prompt,reasoning_required FROM questions ORDER BY order_num"_s))
+        return false;
+    while (query.next())
+        questions.append({query.value(0).toInt(), query.value(1).toString()});
+    return true;
+}
+
+static void fillResultRow(QTableWidget *table, int row, const ResultPersona &persona,
+                          const QList<ResultQuestion> &questions, const NewestAnswers &answers)
+{
+    table->setVerticalHeaderItem(row, new QTableWidgetItem(persona.name));
+    int column = 0;
+    table->setItem(row, column++, new QTableWidgetItem(persona.name));
+    for (const ResultQuestion &question : questions) {
+        const ParsedAnswer answer = answers.find(persona.uuid, question.id);
+        table->setItem(row, column++, new QTableWidgetItem(displayValue(answer)));
+        table->setItem(row, column++, new QTableWidgetItem(reasoning(answer)));
+    }
+}
+
+void MainWindow::loadResults()
+{
+    if (!db.isOpen() || resultsTable == nullptr)
+        return;
+
+    // A header that sizes itself would measure every column again at each step of the rebuilding: it does so once,
+    // when all is in place.
+    QHeaderView *header = resultsTable->horizontalHeader();
+    header->setSectionResizeMode(QHeaderView::Interactive);
+    const auto measureColumns = qScopeGuard([header] { header->setSectionResizeMode(QHeaderView::ResizeToContents); });
+
+    resultsTable->clear();
+    resultsTable->setRowCount(0);
+    resultsTable->setColumnCount(0);
+
+    QList<ResultPersona> personas;
+    QList<ResultQuestion> questions;
+    if (!readResultPersonas(db, personas) || !readResultQuestions(db, questions))
+        return;
+
+    resultsTable->setRowCount(static_cast<int>(personas.size()));
+    resultsTable->setColumnCount(static_cast<int>(2 * questions.size() + 1));
+    QStringList titles{u"Persona"_s};
+    for (const ResultQuestion &question : std::as_const(questions))
+        titles << question.prompt << tr("Reasoning for %1").arg(question.prompt);
+    resultsTable->setHorizontalHeaderLabels(titles);
+
+    const NewestAnswers answers(db);
+    for (int row = 0; row < personas.size(); ++row)
+        fillResultRow(resultsTable, row, personas.at(row), questions, answers);
+}

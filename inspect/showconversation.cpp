@@ -1,0 +1,5 @@
+// What a persona has said, as one text.
+
+#include "app/mainwindow.h"
+
+void MainWindow::showConversation() {}
