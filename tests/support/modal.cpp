@@ -1,0 +1,34 @@
+#include "tests/support/modal.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QTimer>
+
+Modal::Modal(std::function<void(QWidget *)> answerFunction)
+    : answer(std::move(answerFunction))
+{
+    QTimer::singleShot(0, this, &Modal::look);
+}
+
+void Modal::look()
+{
+    QWidget *window = QApplication::activeModalWidget();
+    if (window == nullptr) {
+        QTimer::singleShot(1, this, &Modal::look);
+        return;
+    }
+    answered = true;
+    answer(window);
+}
+
+bool pressButton(QWidget *window, const QString &text)
+{
+    const auto buttons = window->findChildren<QAbstractButton *>();
+    for (QAbstractButton *button : buttons) {
+        if (button->text().remove(u'&') == text) {
+            button->click();
+            return true;
+        }
+    }
+    return false;
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QObject>
+
+#include <functional>
+
+class QWidget;
+
+/// Waits in the event loop for the next modal window and hands it to a function, once. It is made before the call that
+/// opens the window, since that call only returns when the window is closed; the function has to close it.
+class Modal : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Modal(std::function<void(QWidget *)> answer);
+
+    /// True when a modal window came and was answered.
+    bool wasAnswered() const { return answered; }
+
+private:
+    void look();
+
+    std::function<void(QWidget *)> answer;
+    bool answered = false;
+};
+
+/// Presses the button of this text, with or without a mnemonic, in a window; false where there is none.
+bool pressButton(QWidget *window, const QString &text);

@@ -1,0 +1,163 @@
+#include "tests/support/stage.h"
+
+#include "tests/support/modal.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QDir>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QRegularExpression>
+#include <QSettings>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QTabWidget>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+Stage::Stage()
+{
+    qputenv("HOME", QFile::encodeName(folder.path()));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder.filePath(u".config"_s)));
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.filePath(u".config"_s));
+    QCoreApplication::setOrganizationName(u"Orrinet"_s);
+    QCoreApplication::setApplicationName(u"Orrinet"_s);
+    setTestMode(false);
+    // Warnings that a test does not expect fail it, but for those of the platform plugin that knows no real display.
+    QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s));
+}
+
+Stage::~Stage()
+{
+    closeWindow();
+    setTestMode(false);
+}
+
+MainWindow *Stage::window()
+{
+    if (!mainWindow)
+        mainWindow = std::make_unique<MainWindow>(nullptr);
+    return mainWindow.get();
+}
+
+void Stage::closeWindow()
+{
+    mainWindow.reset();
+    // Deferred deletions may hold queries or copies of the handle.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    if (QSqlDatabase::contains(u"project"_s))
+        QSqlDatabase::removeDatabase(u"project"_s);
+}
+
+void Stage::setTestMode(bool on)
+{
+    if (on)
+        qputenv("ORRINET_TEST_MODE", "1");
+    else
+        qunsetenv("ORRINET_TEST_MODE");
+}
+
+void Stage::setSetting(const QString &key, const QString &value)
+{
+    QSettings().setValue(key, value);
+}
+
+QAction *Stage::action(const QString &text)
+{
+    const auto menus = window()->menuBar()->findChildren<QMenu *>();
+    for (const QMenu *menu : menus) {
+        for (QAction *action : menu->actions()) {
+            if (action->text() == text)
+                return action;
+        }
+    }
+    return nullptr;
+}
+
+QWidget *Stage::page(const QString &tab)
+{
+    const auto *tabs = window()->findChild<QTabWidget *>();
+    for (int index = 0; index < tabs->count(); ++index) {
+        if (tabs->tabText(index) == tab)
+            return tabs->widget(index);
+    }
+    return nullptr;
+}
+
+QPushButton *Stage::button(const QString &text, const QString &tab)
+{
+    const QWidget *where = tab.isEmpty() ? window() : page(tab);
+    const auto buttons = where->findChildren<QPushButton *>();
+    for (QPushButton *button : buttons) {
+        if (button->text() == text)
+            return button;
+    }
+    return nullptr;
+}
+
+QSqlDatabase Stage::project()
+{
+    window();
+    return QSqlDatabase::database(u"project"_s, false);
+}
+
+static bool run(QSqlQuery &query, const QString &statement, const QVariantList &values)
+{
+    if (!query.prepare(statement))
+        return false;
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    return query.exec();
+}
+
+bool Stage::exec(const QString &statement, const QVariantList &values)
+{
+    QSqlQuery query(project());
+    return run(query, statement, values);
+}
+
+QList<QVariantList> Stage::rows(const QString &statement, const QVariantList &values)
+{
+    QList<QVariantList> all;
+    QSqlQuery query(project());
+    if (!run(query, statement, values))
+        qFatal("%s: %s", qUtf8Printable(statement), qUtf8Printable(query.lastError().text()));
+    while (query.next()) {
+        QVariantList row;
+        for (int column = 0; column < query.record().count(); ++column)
+            row.append(query.value(column));
+        all.append(row);
+    }
+    return all;
+}
+
+QVariant Stage::value(const QString &query, const QVariantList &values)
+{
+    const auto all = rows(query, values);
+    return all.isEmpty() ? QVariant() : all.first().first();
+}
+
+QList<QStringList> Stage::cells(const QTableWidget *table)
+{
+    QList<QStringList> all;
+    for (int row = 0; row < table->rowCount(); ++row) {
+        QStringList texts;
+        for (int column = 0; column < table->columnCount(); ++column) {
+            const QTableWidgetItem *item = table->item(row, column);
+            texts.append(item != nullptr ? item->text() : QString());
+        }
+        all.append(texts);
+    }
+    return all;
+}
+
+bool Stage::asksBeforeClosing()
+{
+    const Modal modal([](QWidget *box) { qobject_cast<QMessageBox *>(box)->button(QMessageBox::No)->click(); });
+    QCloseEvent event;
+    QCoreApplication::sendEvent(window(), &event);
+    return modal.wasAnswered();
+}
