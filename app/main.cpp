@@ -7,7 +7,7 @@ using namespace Qt::StringLiterals;
 
 int main(int argc, char *argv[])
 {
-    QApplication application(argc, argv);
+    const QApplication application(argc, argv);
     QCoreApplication::setOrganizationName(u"Orrinet"_s);
     QCoreApplication::setApplicationName(u"Orrinet"_s);
 

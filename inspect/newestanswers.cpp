@@ -17,7 +17,9 @@ NewestAnswers::NewestAnswers(const QSqlDatabase &database)
     while (query.next()) {
         const std::pair pair(query.value(0).toByteArray(), query.value(1).toLongLong());
         if (!answers.contains(pair))
-            answers.insert(pair, {query.value(2).toString(), query.value(3), query.value(4).toString()});
+            answers.insert(pair, {.textAnswer = query.value(2).toString(),
+                                  .numericAnswer = query.value(3),
+                                  .jsonAnswer = query.value(4).toString()});
     }
 }
 

@@ -33,7 +33,7 @@ static bool readResultPersonas(const QSqlDatabase &database, QList<ResultPersona
     if (!query.exec(u"SELECT uuid,name FROM personas ORDER BY name"_s))
         return false;
     while (query.next())
-        personas.append({query.value(0).toString(), query.value(1).toString()});
+        personas.append({.uuid = query.value(0).toString(), .name = query.value(1).toString()});
     return true;
 }
 
@@ -43,7 +43,7 @@ static bool readResultQuestions(const QSqlDatabase &database, QList<ResultQuesti
     if (!query.exec(u"SELECT question_id,prompt,reasoning_required FROM questions ORDER BY order_num"_s))
         return false;
     while (query.next())
-        questions.append({query.value(0).toInt(), query.value(1).toString()});
+        questions.append({.id = query.value(0).toInt(), .prompt = query.value(1).toString()});
     return true;
 }
 
@@ -81,7 +81,7 @@ void MainWindow::loadResults()
         return;
 
     resultsTable->setRowCount(static_cast<int>(personas.size()));
-    resultsTable->setColumnCount(static_cast<int>(2 * questions.size() + 1));
+    resultsTable->setColumnCount(static_cast<int>((2 * questions.size()) + 1));
     QStringList titles{u"Persona"_s};
     for (const ResultQuestion &question : std::as_const(questions))
         titles << question.prompt << tr("Reasoning for %1").arg(question.prompt);

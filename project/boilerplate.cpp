@@ -16,7 +16,7 @@ std::optional<Boilerplate> readBoilerplate(const QSqlDatabase &database)
 {
     QSqlQuery query(database);
     if (query.exec(u"SELECT preamble, postamble FROM boilerplate LIMIT 1"_s) && query.next())
-        return Boilerplate{query.value(0).toString(), query.value(1).toString()};
+        return Boilerplate{.preamble = query.value(0).toString(), .postamble = query.value(1).toString()};
     return std::nullopt;
 }
 
@@ -32,7 +32,7 @@ void MainWindow::showBoilerplate()
         QSqlQuery(db).exec(u"CREATE TABLE boilerplate (preamble TEXT, postamble TEXT)"_s);
         insertDefaultBoilerplate(db);
     }
-    const Boilerplate texts = readBoilerplate(db).value_or(Boilerplate{defaultPreamble, {}});
+    const Boilerplate texts = readBoilerplate(db).value_or(Boilerplate{.preamble = defaultPreamble, .postamble = {}});
     // Each call fires textChanged, so the row is rewritten and the project marked as changed by every refresh.
     preambleEdit->setPlainText(texts.preamble);
     postambleEdit->setPlainText(texts.postamble);

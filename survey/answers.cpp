@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 static std::optional<QJsonDocument> objectDocument(const QString &text)
 {
     QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8(), &error);
+    QJsonDocument document = QJsonDocument::fromJson(text.toUtf8(), &error);
     if (error.error != QJsonParseError::NoError || !document.isObject())
         return std::nullopt;
     return document;

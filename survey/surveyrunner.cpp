@@ -108,7 +108,7 @@ static QList<Exchange> readHistory(const QSqlDatabase &database, const QString &
     query.addBindValue(personaUuid);
     query.exec();
     while (query.next())
-        history.append({query.value(0).toString(), query.value(1).toString()});
+        history.append({.prompt = query.value(0).toString(), .answer = query.value(1).toString()});
     return history;
 }
 
