@@ -131,6 +131,7 @@ private:
     QWidget *buildResultsPage();
 
     // project/projectfiles.cpp
+    bool copyProjectFile(const QString &path, const QStringList &present);
     void closeEvent(QCloseEvent *event) override;
 
     // project/projectdatabase.cpp
@@ -150,6 +151,11 @@ private:
     // personas/personarecords.cpp
     std::optional<QString> currentPersona() const;
     void syncPersonaTags(const QString &uuid, const QStringList &tags);
+
+    // packs/packimport.cpp
+    enum class ImportMode { Append, Replace };
+    std::optional<ImportMode> askImportMode();
+    void copyPack(const QSqlDatabase &pack, ImportMode mode);
 
     // questions/questionlist.cpp
     void createQuestionModel();
