@@ -19,13 +19,12 @@ QSize TextSizeDelegate::sizeHint(const QStyleOptionViewItem &option, const QMode
         return QStyledItemDelegate::sizeHint(option, index);
 
     const QString text = index.data(Qt::DisplayRole).toString();
-    auto known = sizes.constFind(text);
-    if (known == sizes.cend()) {
-        const auto earlier = earlierSizes.constFind(text);
-        known = sizes.insert(text,
-                             earlier != earlierSizes.cend() ? *earlier : QStyledItemDelegate::sizeHint(option, index));
-    }
-    return *known;
+    if (const auto known = sizes.constFind(text); known != sizes.cend())
+        return *known;
+    const auto earlier = earlierSizes.constFind(text);
+    const QSize size = earlier != earlierSizes.cend() ? *earlier : QStyledItemDelegate::sizeHint(option, index);
+    sizes.insert(text, size);
+    return size;
 }
 
 bool TextSizeDelegate::eventFilter(QObject *watched, QEvent *event)

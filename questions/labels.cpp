@@ -16,7 +16,7 @@ QStringList decodeLabels(const QString &encoded)
 {
     QStringList labels;
     const QJsonArray array = labelArray(encoded);
-    for (const QJsonValue label : array)
+    for (const QJsonValueConstRef label : array)
         labels.append(label.toString());
     return labels;
 }
