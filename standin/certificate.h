@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QSslCertificate>
+#include <QSslKey>
+
+namespace standin {
+
+/// What the endpoint shows of itself in the TLS handshake. All but UnknownIssuer are vouched for by Good, the one
+/// certificate that a Detour trusts, so that each of the others fails for its own reason alone.
+enum class Identity { Good, WrongHost, Expired, UnknownIssuer };
+
+struct Certificate
+{
+    QSslCertificate certificate;
+    QSslKey key;
+};
+
+/// Made with the openssl program at the first call for an identity, and the same for the rest of the process.
+Certificate certificateFor(Identity identity);
+
+} // namespace standin
