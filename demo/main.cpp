@@ -1,0 +1,117 @@
+#include "app/mainwindow.h"
+#include "demo/demo.h"
+#include "preferences/settings.h"
+#include "standin/chatendpoint.h"
+#include "standin/detour.h"
+#include "standin/respondent.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+#include <QTemporaryDir>
+
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+/// From here on nothing of the user's own is read or written: neither settings nor what file dialogs remember.
+static void leaveUsersHome(const QString &home)
+{
+    // The display's key lies in the home too unless the environment says otherwise.
+    const QString displayKey = QDir::home().filePath(u".Xauthority"_s);
+    if (!qEnvironmentVariableIsSet("XAUTHORITY") && QFile::exists(displayKey))
+        qputenv("XAUTHORITY", QFile::encodeName(displayKey));
+    qputenv("HOME", QFile::encodeName(home));
+    for (const char *folder : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+        qunsetenv(folder);
+    // A file in that home on every system, where the native store could be a registry.
+    QSettings::setDefaultFormat(QSettings::IniFormat);
+    for (const auto format : {QSettings::IniFormat, QSettings::NativeFormat})
+        QSettings::setPath(format, QSettings::UserScope, home);
+    // In test mode the window would answer the questions itself.
+    qunsetenv("ORRINET_TEST_MODE");
+}
+
+/// Keeps the offscreen platform's remarks on what it lacks out of the demo's output.
+static void dropPlatformRemarks()
+{
+    static QtMessageHandler former = nullptr;
+    former = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context, const QString &message) {
+        if (!message.startsWith("This plugin does not support"_L1))
+            former(type, context, message);
+    });
+}
+
+struct Arguments
+{
+    QDir examples;
+    QDir output;
+    bool keep = false;
+};
+
+static Arguments readArguments()
+{
+    const QCommandLineOption examples(u"examples"_s, u"Folder of panel.json and questionnaire.json."_s, u"folder"_s);
+    const QCommandLineOption output(u"output"_s, u"Folder for the pictures and the log."_s, u"folder"_s);
+    const QCommandLineOption keep(u"keep"_s, u"Leave the window open until it is closed."_s);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"Runs the example survey in the real window against a local endpoint."_s);
+    parser.addHelpOption();
+    parser.addOptions({examples, output, keep});
+    parser.process(*QCoreApplication::instance());
+    if (!parser.isSet(examples) || !parser.isSet(output))
+        parser.showHelp(1);
+    return {.examples = QDir(parser.value(examples)), .output = QDir(parser.value(output)), .keep = parser.isSet(keep)};
+}
+
+static int failed(const QStringList &reasons)
+{
+    for (const QString &reason : reasons)
+        std::fprintf(stderr, "orrinet-demo: %s\n", qUtf8Printable(reason));
+    return 1;
+}
+
+static int run(const Examples &examples, const Arguments &arguments)
+{
+    standin::ChatEndpoint endpoint;
+    endpoint.answerWith(&standin::respond);
+    const standin::Detour detour(endpoint);
+    Settings::store(u"no-real-key"_s, {}, {});
+
+    MainWindow window(nullptr);
+    window.resize(1600, 560);
+    window.show();
+    Demo demo(&window, examples);
+    // Not quit(), which would close the window and so ask what to do with its changes.
+    QObject::connect(&demo, &Demo::surveyEnded, &window, [] { QCoreApplication::exit(); });
+    demo.start();
+    QApplication::exec();
+
+    QStringList flaws = demo.checkAnswers();
+    flaws += demo.writeFiles(arguments.output);
+    const int status = flaws.isEmpty() ? 0 : failed(flaws);
+    // Where there is no display nobody could close it.
+    if (arguments.keep && window.isVisible() && QGuiApplication::platformName() != "offscreen"_L1)
+        QApplication::exec();
+    return status;
+}
+
+int main(int argc, char *argv[])
+{
+    // Static, so that it is removed too where the reading of the arguments ends the process.
+    static const QTemporaryDir home(QDir::temp().filePath(u"orrinet-demo-XXXXXX"_s));
+    if (!home.isValid())
+        return failed({home.errorString()});
+    leaveUsersHome(home.path());
+    dropPlatformRemarks();
+    const QApplication application(argc, argv);
+    QCoreApplication::setOrganizationName(u"Orrinet"_s);
+    QCoreApplication::setApplicationName(u"Orrinet"_s);
+
+    const Arguments arguments = readArguments();
+    QString failure;
+    const auto examples = readExamples(arguments.examples, failure);
+    return examples ? run(*examples, arguments) : failed({failure});
+}
