@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QSqlDatabase>
 
 #include <optional>
@@ -199,8 +200,8 @@ private:
     QSqlDatabase db;
     /// The run in progress, or null.
     SurveyRunner *surveyRunner = nullptr;
-    /// The log window, created by a run, or null.
-    ChatLogWindow *chatLogWindow = nullptr;
+    /// The log window, created by a run, or null; closing it destroys it.
+    QPointer<ChatLogWindow> chatLogWindow;
     QWidget *boilerplateTab = nullptr;
     QPlainTextEdit *preambleEdit = nullptr;
     QPlainTextEdit *postambleEdit = nullptr;

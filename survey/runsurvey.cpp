@@ -21,10 +21,9 @@ void MainWindow::runSurvey()
 
 void MainWindow::showChatLog()
 {
-    if (chatLogWindow == nullptr) {
+    if (!chatLogWindow) {
         chatLogWindow = new ChatLogWindow(this);
         chatLogWindow->setAttribute(Qt::WA_DeleteOnClose);
-        connect(chatLogWindow, &QObject::destroyed, this, [this] { chatLogWindow = nullptr; });
     }
     chatLogWindow->show();
 }
