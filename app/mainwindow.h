@@ -132,7 +132,7 @@ private:
     QWidget *buildResultsPage();
 
     // project/projectfiles.cpp
-    bool copyProjectFile(const QString &path, const QStringList &present);
+    bool copyProjectFile(const QString &path, const QSqlDatabase &file);
     void closeEvent(QCloseEvent *event) override;
 
     // project/projectdatabase.cpp

@@ -46,7 +46,7 @@ bool MainWindow::openProjectFromFile(const QString &path)
         resetProjectTables();
     else if (!openProjectDatabase("failed to open memory db", ScriptLogging::Off))
         return false;
-    if (!copyProjectFile(path, file.database().tables(QSql::Tables)))
+    if (!copyProjectFile(path, file.database()))
         return false;
     file.close();
 
@@ -59,7 +59,7 @@ bool MainWindow::openProjectFromFile(const QString &path)
 
 /// Copies the tables that the file has, by position. A table that does not fit stays empty; only a file that can't be
 /// attached at all gives false.
-bool MainWindow::copyProjectFile(const QString &path, const QStringList &present)
+bool MainWindow::copyProjectFile(const QString &path, const QSqlDatabase &file)
 {
     QString quoted = path;
     quoted.replace(u'\'', "''"_L1);
@@ -68,6 +68,7 @@ bool MainWindow::copyProjectFile(const QString &path, const QStringList &present
         qWarning().noquote() << query.lastError().text();
         return false;
     }
+    const QStringList present = file.tables(QSql::Tables);
     for (const auto name : {"metadata"_L1, "boilerplate"_L1, "personas"_L1, "questions"_L1, "question_attachments"_L1,
                             "responses"_L1, "tags"_L1, "persona_tags"_L1}) {
         if (present.contains(name, Qt::CaseSensitive))

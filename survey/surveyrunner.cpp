@@ -58,16 +58,19 @@ void SurveyRunner::askNext()
     walking = true;
     while (stepWanted) {
         stepWanted = false;
-        if (findOpenPair())
-            ask();
-        else
+        if (!findOpenPair()) {
+            // Whoever hears of it may let this object go.
+            walking = false;
             Q_EMIT finished();
+            return;
+        }
+        ask();
     }
     walking = false;
 }
 
 /// The questions that a persona has any answer to, nothing where the table can't be read.
-static std::optional<QSet<int>> answeredQuestions(const QSqlDatabase &database, const QString &personaUuid)
+static std::optional<QSet<qint64>> answeredQuestions(const QSqlDatabase &database, const QString &personaUuid)
 {
     QSqlQuery query(database);
     query.setForwardOnly(true);
@@ -75,9 +78,9 @@ static std::optional<QSet<int>> answeredQuestions(const QSqlDatabase &database, 
     query.addBindValue(personaUuid);
     if (!query.exec())
         return std::nullopt;
-    QSet<int> answered;
+    QSet<qint64> answered;
     while (query.next())
-        answered.insert(query.value(0).toInt());
+        answered.insert(query.value(0).toLongLong());
     return answered;
 }
 
