@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 #include "demo/demo.h"
+#include "demo/secondlook.h"
 #include "preferences/settings.h"
 #include "standin/chatendpoint.h"
 #include "standin/detour.h"
@@ -9,8 +10,10 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <QTextStream>
 
 #include <cstdio>
 
@@ -49,21 +52,26 @@ struct Arguments
     QDir examples;
     QDir output;
     bool keep = false;
+    bool secondLook = false;
 };
 
 static Arguments readArguments()
 {
     const QCommandLineOption examples(u"examples"_s, u"Folder of panel.json and questionnaire.json."_s, u"folder"_s);
     const QCommandLineOption output(u"output"_s, u"Folder for the pictures and the log."_s, u"folder"_s);
+    const QCommandLineOption secondLook(u"second-look"_s, u"Take up the files that an earlier demo left."_s);
     const QCommandLineOption keep(u"keep"_s, u"Leave the window open until it is closed."_s);
     QCommandLineParser parser;
     parser.setApplicationDescription(u"Runs the example survey in the real window against a local endpoint."_s);
     parser.addHelpOption();
-    parser.addOptions({examples, output, keep});
+    parser.addOptions({examples, output, keep, secondLook});
     parser.process(*QCoreApplication::instance());
     if (!parser.isSet(examples) || !parser.isSet(output))
         parser.showHelp(1);
-    return {.examples = QDir(parser.value(examples)), .output = QDir(parser.value(output)), .keep = parser.isSet(keep)};
+    return {.examples = QDir(parser.value(examples)),
+            .output = QDir(parser.value(output)),
+            .keep = parser.isSet(keep),
+            .secondLook = parser.isSet(secondLook)};
 }
 
 static int failed(const QStringList &reasons)
@@ -71,6 +79,24 @@ static int failed(const QStringList &reasons)
     for (const QString &reason : reasons)
         std::fprintf(stderr, "orrinet-demo: %s\n", qUtf8Printable(reason));
     return 1;
+}
+
+/// Another process with a window of its own takes up what this one has saved; its output comes out here.
+static QStringList startSecondLook(const Arguments &arguments)
+{
+    const int status = QProcess::execute(
+        QCoreApplication::applicationFilePath(),
+        {u"--examples"_s, arguments.examples.path(), u"--output"_s, arguments.output.path(), u"--second-look"_s});
+    return status == 0 ? QStringList() : QStringList{u"the second process ended with status %1"_s.arg(status)};
+}
+
+static int secondLook(const Examples &examples, const Arguments &arguments)
+{
+    MainWindow window(nullptr);
+    window.show();
+    QTextStream out(stdout);
+    const QStringList flaws = takeSecondLook(&window, arguments.output, examples, out);
+    return flaws.isEmpty() ? 0 : failed(flaws);
 }
 
 static int run(const Examples &examples, const Arguments &arguments)
@@ -91,6 +117,8 @@ static int run(const Examples &examples, const Arguments &arguments)
 
     QStringList flaws = demo.checkAnswers();
     flaws += demo.writeFiles(arguments.output);
+    flaws += saveFiles(&window, arguments.output);
+    flaws += startSecondLook(arguments);
     const int status = flaws.isEmpty() ? 0 : failed(flaws);
     // Where there is no display nobody could close it.
     if (arguments.keep && window.isVisible() && QGuiApplication::platformName() != "offscreen"_L1)
@@ -113,5 +141,7 @@ int main(int argc, char *argv[])
     const Arguments arguments = readArguments();
     QString failure;
     const auto examples = readExamples(arguments.examples, failure);
-    return examples ? run(*examples, arguments) : failed({failure});
+    if (!examples)
+        return failed({failure});
+    return arguments.secondLook ? secondLook(*examples, arguments) : run(*examples, arguments);
 }
