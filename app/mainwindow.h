@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCache>
 #include <QMainWindow>
 #include <QPointer>
 #include <QSqlDatabase>
@@ -212,4 +213,7 @@ private:
     QPushButton *conversationShowButton = nullptr;
     /// Changes that no file holds.
     bool dirty = false;
+    /// Of the results grid: the reasoning by the JSON that it was parsed from, for as many answers as a large survey
+    /// has.
+    QCache<QString, QString> parsedReasonings{100'000};
 };

@@ -111,7 +111,7 @@ static int run(const Examples &examples, const Arguments &arguments)
     window.show();
     Demo demo(&window, examples);
     // Not quit(), which would close the window and so ask what to do with its changes.
-    QObject::connect(&demo, &Demo::surveyEnded, &window, [] { QCoreApplication::exit(); });
+    QObject::connect(&demo, &Demo::surveyEnded, &window, [] { QCoreApplication::exit(); }, Qt::SingleShotConnection);
     demo.start();
     QApplication::exec();
 

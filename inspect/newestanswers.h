@@ -4,9 +4,8 @@
 
 #include <QByteArray>
 #include <QHash>
+#include <QSqlQuery>
 #include <QString>
-
-#include <utility>
 
 class QSqlDatabase;
 
@@ -16,12 +15,18 @@ class QSqlDatabase;
 class NewestAnswers
 {
 public:
+    using ByQuestion = QHash<qint64, ParsedAnswer>;
+
     explicit NewestAnswers(const QSqlDatabase &database);
 
-    /// The answer of a pair, an empty one where there is none.
-    ParsedAnswer find(const QString &personaUuid, int questionId) const;
+    /// The answers of a persona, by the ids of the questions.
+    ByQuestion of(const QString &personaUuid);
 
 private:
-    /// Uuids by their bytes: two different texts must not become equal on the way, as damaged UTF-8 would.
-    QHash<std::pair<QByteArray, qint64>, ParsedAnswer> answers;
+    void read(const QSqlDatabase &database);
+
+    /// Turns a uuid into the bytes that SQLite looks it up by, which are not always those of its UTF-8 form.
+    QSqlQuery toBytes;
+    /// By the bytes of the uuid, so that no two different texts become equal on the way.
+    QHash<QByteArray, ByQuestion> answers;
 };

@@ -47,16 +47,27 @@ static bool readResultQuestions(const QSqlDatabase &database, QList<ResultQuesti
     return true;
 }
 
-static void fillResultRow(QTableWidget *table, int row, const ResultPersona &persona,
-                          const QList<ResultQuestion> &questions, const NewestAnswers &answers)
+/// The reasoning of an answer, parsed once: a refresh meets all the answers of the refresh before again.
+static QString knownReasoning(const ParsedAnswer &answer, QCache<QString, QString> &reasonings)
 {
-    table->setVerticalHeaderItem(row, new QTableWidgetItem(persona.name));
+    if (const QString *known = reasonings.object(answer.jsonAnswer))
+        return *known;
+    const QString parsed = reasoning(answer);
+    reasonings.insert(answer.jsonAnswer, new QString(parsed));
+    return parsed;
+}
+
+static void fillResultRow(QTableWidget *table, int row, const QString &name, const QList<ResultQuestion> &questions,
+                          const NewestAnswers::ByQuestion &answers, QCache<QString, QString> &reasonings)
+{
+    table->setVerticalHeaderItem(row, new QTableWidgetItem(name));
     int column = 0;
-    table->setItem(row, column++, new QTableWidgetItem(persona.name));
+    table->setItem(row, column++, new QTableWidgetItem(name));
     for (const ResultQuestion &question : questions) {
-        const ParsedAnswer answer = answers.find(persona.uuid, question.id);
-        table->setItem(row, column++, new QTableWidgetItem(displayValue(answer)));
-        table->setItem(row, column++, new QTableWidgetItem(reasoning(answer)));
+        const auto answer = answers.constFind(question.id);
+        const bool answered = answer != answers.cend();
+        table->setItem(row, column++, new QTableWidgetItem(answered ? displayValue(*answer) : QString()));
+        table->setItem(row, column++, new QTableWidgetItem(answered ? knownReasoning(*answer, reasonings) : QString()));
     }
 }
 
@@ -87,7 +98,9 @@ void MainWindow::loadResults()
         titles << question.prompt << tr("Reasoning for %1").arg(question.prompt);
     resultsTable->setHorizontalHeaderLabels(titles);
 
-    const NewestAnswers answers(db);
-    for (int row = 0; row < personas.size(); ++row)
-        fillResultRow(resultsTable, row, personas.at(row), questions, answers);
+    NewestAnswers answers(db);
+    for (int row = 0; row < personas.size(); ++row) {
+        const ResultPersona &persona = personas.at(row);
+        fillResultRow(resultsTable, row, persona.name, questions, answers.of(persona.uuid), parsedReasonings);
+    }
 }

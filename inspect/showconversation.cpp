@@ -26,13 +26,13 @@ static QString personaText(const QSqlDatabase &database, const QString &uuid)
 /// The persona's answers in the order of the questions, ending at the chosen one.
 static void collectExchanges(const QSqlDatabase &database, const QString &uuid, int chosen, ConversationLog &log)
 {
-    const NewestAnswers answers(database);
+    const NewestAnswers::ByQuestion answers = NewestAnswers(database).of(uuid);
     QSqlQuery query(database);
     query.exec(u"SELECT question_id,prompt FROM questions ORDER BY order_num"_s);
     while (query.next()) {
         const int id = query.value(0).toInt();
         const QString prompt = query.value(1).toString();
-        const QString answer = displayValue(answers.find(uuid, id));
+        const QString answer = displayValue(answers.value(id));
         if (!answer.isEmpty())
             log.exchanges.append({prompt, answer});
         else if (id == chosen)
