@@ -1,0 +1,47 @@
+#pragma once
+
+#include "app/mainwindow.h"
+
+#include <QSqlDatabase>
+
+#include <memory>
+
+class QTableWidget;
+
+/// The real main window with a panel and a questionnaire of a given size, entered by SQL.
+class Survey
+{
+public:
+    enum class Tab { InFront, Behind };
+
+    /// @p answers of the pairs are answered, persona by persona. The window is shown with the Results tab in front, or
+    /// behind the Marketplace, which has nothing to lay out.
+    Survey(int personas, int questions, int answers, Tab tab);
+    ~Survey();
+    Q_DISABLE_COPY_MOVE(Survey)
+
+    bool call(const char *slot);
+    void refresh() { call("loadResults"); }
+    QTableWidget *table();
+    QSqlDatabase database() const;
+
+    /// Answers the pairs from one number to before another, persona by persona.
+    void addAnswers(int from, int to);
+    /// Gives the first pair a text that no cell had before, as one more answer of a run does.
+    void changeOneAnswer();
+
+    /// The reply object for a pair: 5 to 80 characters of answer and about 100 of reasoning, always the same.
+    static QString replyObject(int pair);
+
+private:
+    void addPersonas();
+    void addQuestions();
+
+    int personas;
+    int questions;
+    int changes = 0;
+    std::unique_ptr<MainWindow> window;
+};
+
+/// Handles events until none is left: the layout that was put off, and painting.
+void settle();
