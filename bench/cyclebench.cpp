@@ -28,7 +28,7 @@ static Samples runCycles(Survey &survey, const ChatEndpoint &endpoint)
     double begin = -1;
     int refreshes = 0;
     const auto note = [&] {
-        const double end = now(Clock::Wall) - double(endpoint.ownTime()) * 1e-9;
+        const double end = now(Clock::Wall) - (double(endpoint.ownTime()) * 1e-9);
         if (begin >= 0)
             samples.add(end - begin);
         begin = end;
@@ -63,7 +63,7 @@ static void askOne(benchmark::State &state, int answer)
     endpoint.answerWith([&](const standin::Request &) {
         return Reply::toolCall(Survey::replyObject(before + int(endpoint.requests().size())));
     });
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         const double cycle = runCycles(survey, endpoint).median();
         timeRefreshes(refresh, survey);
         state.SetIterationTime(cycle);

@@ -102,7 +102,7 @@ static void refreshGrid(benchmark::State &state, const Size &size, Survey::Tab t
     Refresh own;
     Refresh floor;
     Refresh literal;
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         survey.changeOneAnswer();
         state.SetIterationTime(own.time([&] { survey.refresh(); }));
         texts.rows[0][1] = table->item(0, 1)->text();

@@ -54,7 +54,7 @@ void rebuildLiterally(QTableWidget *table, const QSqlDatabase &database)
     const auto personas = personasOf(database);
     const auto questions = questionsOf(database);
     table->setRowCount(int(personas.size()));
-    table->setColumnCount(int(2 * questions.size() + 1));
+    table->setColumnCount(int((2 * questions.size()) + 1));
     QStringList titles{u"Persona"_s};
     for (const auto &[id, prompt] : questions)
         titles << prompt << u"Reasoning for %1"_s.arg(prompt);

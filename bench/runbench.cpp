@@ -36,7 +36,7 @@ static double literalRefreshes(int personas, int questions, int step)
 
 static void runInTestMode(benchmark::State &state, int personas, int questions, bool literal)
 {
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         Survey survey(personas, questions, 0, Survey::Tab::Behind);
         qputenv("ORRINET_TEST_MODE", "1");
         setCounters(state, timeRun(survey), personas * questions);
@@ -48,7 +48,7 @@ static void runInTestMode(benchmark::State &state, int personas, int questions, 
 
 static void runWithoutKey(benchmark::State &state, int personas, int questions)
 {
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         Survey survey(personas, questions, 0, Survey::Tab::Behind);
         // One warning for each pair.
         const QtMessageHandler before = qInstallMessageHandler([](auto, const auto &, const auto &) {});
@@ -63,7 +63,7 @@ static void runFinished(benchmark::State &state, int personas, int questions)
     Survey survey(personas, questions, personas * questions, Survey::Tab::Behind);
     Samples run;
     Samples refresh;
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         refresh.time([&] { survey.refresh(); });
         settle();
         state.SetIterationTime(run.time([&] { survey.call("runSurvey"); }));

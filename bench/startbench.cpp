@@ -49,7 +49,7 @@ static void start(benchmark::State &state)
     timeStart(first, showProgramArgument);
     Samples program(Clock::Wall);
     Samples empty(Clock::Wall);
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         state.SetIterationTime(timeStart(program, showProgramArgument));
         timeStart(empty, showEmptyArgument);
     }

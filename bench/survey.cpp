@@ -123,7 +123,7 @@ void Survey::addAnswers(int from, int to)
     for (int pair = from; pair < to; ++pair) {
         const QString object = replyObject(pair);
         const QString answer = QJsonDocument::fromJson(object.toUtf8())["answer"_L1].toString();
-        run(query, {uuidOf(pair / questions), pair % questions + 1, answer, object});
+        run(query, {uuidOf(pair / questions), (pair % questions) + 1, answer, object});
     }
     db.commit();
 }

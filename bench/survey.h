@@ -16,7 +16,7 @@ public:
 
     /// @p answers of the pairs are answered, persona by persona. The window is shown with the Results tab in front, or
     /// behind the Marketplace, which has nothing to lay out.
-    Survey(int personas, int questions, int answers, Tab tab);
+    Survey(int personaCount, int questionCount, int answers, Tab tab);
     ~Survey();
     Q_DISABLE_COPY_MOVE(Survey)
 

@@ -28,7 +28,7 @@ public:
 
     quint16 port() const;
     /// For connections to come; Good at the start.
-    void setIdentity(Identity identity);
+    void setIdentity(Identity shown);
 
     /// The answer to one request to come. Each try counts as one where Qt repeats a dropped POST.
     void queue(const Reply &reply);

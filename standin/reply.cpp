@@ -27,9 +27,8 @@ QByteArray usualReason(int code)
 
 const Header *find(const QList<Header> &headers, const QByteArray &name)
 {
-    const auto found = std::find_if(headers.cbegin(), headers.cend(), [&name](const Header &header) {
-        return header.first.compare(name, Qt::CaseInsensitive) == 0;
-    });
+    const auto found = std::ranges::find_if(
+        headers, [&name](const Header &header) { return header.first.compare(name, Qt::CaseInsensitive) == 0; });
     return found == headers.cend() ? nullptr : &*found;
 }
 

@@ -38,7 +38,7 @@ QString figure(const QString &kind, const Attributes &values, const QString &tex
 }
 
 /// Groups hand their attributes down to what is in them.
-void read(QXmlStreamReader &reader, Attributes inherited, Drawing &drawing)
+void read(QXmlStreamReader &reader, const Attributes &inherited, Drawing &drawing)
 {
     while (reader.readNextStartElement()) {
         Attributes values = inherited;

@@ -43,7 +43,7 @@ public:
     /// Runs statements until one fails.
     bool exec(const QStringList &statements)
     {
-        return std::all_of(statements.begin(), statements.end(), [this](const QString &text) { return exec(text); });
+        return std::ranges::all_of(statements, [this](const QString &text) { return exec(text); });
     }
     /// The first column of a query's rows, "failed" if the query fails.
     QStringList column(const QString &text)
@@ -112,8 +112,7 @@ inline QString link(const QString &uuid, int id)
 /// Runs statements on the project behind the program's back; the views don't show it.
 inline bool enter(Stage &stage, const QStringList &statements)
 {
-    return std::all_of(statements.begin(), statements.end(),
-                       [&stage](const QString &statement) { return stage.exec(statement); });
+    return std::ranges::all_of(statements, [&stage](const QString &statement) { return stage.exec(statement); });
 }
 
 /// Every value of a query as a text that tells its type as well.

@@ -236,8 +236,8 @@ private Q_SLOTS:
     {
         Stage stage;
         QVERIFY(stage.exec(u"CREATE TABLE noted (what TEXT)"_s));
-        for (const QString &table : {u"personas"_s, u"tags"_s, u"persona_tags"_s}) {
-            const QString key = table == "tags"_L1 ? u"id"_s : table == "personas"_L1 ? u"uuid"_s : u"persona_uuid"_s;
+        for (const auto &[table, key] : {std::pair(u"personas"_s, u"uuid"_s), std::pair(u"tags"_s, u"id"_s),
+                                         std::pair(u"persona_tags"_s, u"persona_uuid"_s)}) {
             QVERIFY(stage.exec(u"CREATE TRIGGER note_%1 AFTER INSERT ON %1 "
                                "BEGIN INSERT INTO noted VALUES ('%1 ' || NEW.%2); END"_s.arg(table, key)));
         }

@@ -66,7 +66,7 @@ public:
     /// Runs a statement on the project; false if it fails.
     bool exec(const QString &statement, const QVariantList &values = {});
     /// All rows of a query on the project.
-    QList<QVariantList> rows(const QString &query, const QVariantList &values = {});
+    QList<QVariantList> rows(const QString &statement, const QVariantList &values = {});
     /// The first value of the first row of a query on the project, invalid where there is none.
     QVariant value(const QString &query, const QVariantList &values = {});
 

@@ -2,6 +2,7 @@
 #include "tests/support/messagelog.h"
 #include "tests/survey/surveystage.h"
 
+#include <QJsonArray>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -179,7 +180,8 @@ void TestSurveyFailures::a_question_asked_again_comes_later_in_the_history()
     QVERIFY(stage.run());
     QCOMPARE(stage.asked().sliced(2), (QStringList{u"P1 Q1"_s, u"P1 Q3"_s}));
     QStringList prompts;
-    for (const QJsonValue &message : stage.endpoint.requests().constLast().json()["messages"_L1].toArray()) {
+    const QJsonArray told = stage.endpoint.requests().constLast().json()["messages"_L1].toArray();
+    for (const auto &message : told) {
         if (message["role"_L1] == "user"_L1)
             prompts << message["content"_L1].toString();
     }

@@ -156,7 +156,7 @@ void TestSurveyLog::the_log_of_a_run_before_goes_on()
 {
     SurveyStage stage;
     const Reply reply = Reply::content(u"Fine."_s);
-    stage.endpoint.answerWith([&reply](const Request &) { return reply; });
+    stage.endpoint.answerWith([&reply](const Request &) { return Reply(reply); });
     stage.addPersona(u"P1"_s, u"P1"_s);
     stage.addQuestion(u"Q1"_s);
     QVERIFY(stage.run());
