@@ -81,7 +81,7 @@ void TestResultsGrid::rows_are_personas_and_column_pairs_are_questions()
         QVERIFY(addQuestion(stage, index + 1, prompts.at(index), index + 1));
     const QTableWidget *table = refreshed(stage);
     QCOMPARE(table->rowCount(), personas.size());
-    QCOMPARE(table->columnCount(), 2 * prompts.size() + 1);
+    QCOMPARE(table->columnCount(), (2 * prompts.size()) + 1);
     QCOMPARE(titles(table), header);
     QCOMPARE(titles(table, Qt::Vertical), personas);
 }
