@@ -104,7 +104,7 @@ class RemotePlugin : public QGenericPlugin
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "remote.json")
 
 public:
-    QObject *create(const QString & /*name*/, const QString & /*specification*/) override { return new Remote; }
+    QObject *create(const QString & /*name*/, const QString & /*arguments*/) override { return new Remote; }
 };
 
 #include "remote.moc"
