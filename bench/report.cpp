@@ -66,6 +66,14 @@ static QString sqliteVersion()
     return version;
 }
 
+/// As many as make three digits.
+static int decimals(double value)
+{
+    if (value < 10)
+        return 2;
+    return value < 100 ? 1 : 0;
+}
+
 static std::string shown(double value, Report::Unit unit)
 {
     struct Form
@@ -81,7 +89,7 @@ static std::string shown(double value, Report::Unit unit)
     const Form &form = forms.at(unit);
     const double scaled = value * form.factor;
     char text[32];
-    std::snprintf(text, sizeof text, "%.*f%s", scaled < 10 ? 2 : scaled < 100 ? 1 : 0, scaled, form.suffix);
+    std::snprintf(text, sizeof text, "%.*f%s", decimals(scaled), scaled, form.suffix);
     return text;
 }
 
