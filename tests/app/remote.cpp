@@ -38,7 +38,7 @@ public:
 private:
     void reportStart()
     {
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
+        for (const auto all = QApplication::topLevelWidgets(); QWidget * widget : all) {
             if (auto *candidate = qobject_cast<QMainWindow *>(widget))
                 window = candidate;
         }
@@ -78,8 +78,8 @@ private:
 
     void trigger(const QString &text)
     {
-        for (const QMenu *menu : window->menuBar()->findChildren<QMenu *>()) {
-            for (QAction *action : menu->actions()) {
+        for (const auto all = window->menuBar()->findChildren<QMenu *>(); const QMenu *menu : all) {
+            for (const auto entries = menu->actions(); QAction * action : entries) {
                 if (action->text() == text)
                     action->trigger();
             }

@@ -42,7 +42,7 @@ void read(QXmlStreamReader &reader, const Attributes &inherited, Drawing &drawin
 {
     while (reader.readNextStartElement()) {
         Attributes values = inherited;
-        for (const QXmlStreamAttribute &attribute : reader.attributes())
+        for (const auto all = reader.attributes(); const QXmlStreamAttribute &attribute : all)
             values.insert(attribute.name().toString(), attribute.value().toString());
         const QString kind = reader.name().toString();
         if (kind == "g"_L1)
@@ -61,7 +61,7 @@ Drawing drawing(const QString &path)
     QXmlStreamReader reader(&file);
     if (reader.readNextStartElement() && reader.name() == "svg"_L1 &&
         reader.namespaceUri() == "http://www.w3.org/2000/svg"_L1) {
-        for (const QXmlStreamAttribute &attribute : reader.attributes())
+        for (const auto all = reader.attributes(); const QXmlStreamAttribute &attribute : all)
             result.frame.insert(attribute.name().toString(), attribute.value().toString());
         read(reader, {}, result);
     }

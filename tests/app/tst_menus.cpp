@@ -16,7 +16,7 @@ private Q_SLOTS:
     {
         Stage stage;
         QStringList titles;
-        for (const QAction *menu : stage.window()->menuBar()->actions()) {
+        for (const auto all = stage.window()->menuBar()->actions(); const QAction *menu : all) {
             QVERIFY(menu->menu() != nullptr);
             titles.append(menu->text());
         }
@@ -40,10 +40,10 @@ private Q_SLOTS:
         QFETCH(QStringList, entries);
         Stage stage;
         QStringList found;
-        for (const QAction *menu : stage.window()->menuBar()->actions()) {
+        for (const auto all = stage.window()->menuBar()->actions(); const QAction *menu : all) {
             if (menu->text() != QString::fromLatin1(QTest::currentDataTag()))
                 continue;
-            for (const QAction *entry : menu->menu()->actions())
+            for (const auto inMenu = menu->menu()->actions(); const QAction *entry : inMenu)
                 found.append(entry->isSeparator() ? u"---"_s : entry->text());
         }
         QCOMPARE(found, entries);

@@ -116,7 +116,7 @@ private Q_SLOTS:
     {
         Stage stage;
         QStringList texts;
-        for (const QPushButton *button : stage.window()->findChildren<QPushButton *>())
+        for (const auto all = stage.window()->findChildren<QPushButton *>(); const QPushButton *button : all)
             texts.append(button->text());
         texts.sort();
         const QStringList expected = {u"Add"_s, u"Copy"_s,       u"Delete"_s, u"Delete"_s, u"Down"_s,

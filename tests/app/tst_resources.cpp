@@ -27,7 +27,8 @@ static QStringList declarations(const QString &statement)
 {
     const qsizetype begin = statement.indexOf(u'(') + 1;
     QStringList all;
-    for (const QString &line : statement.mid(begin, statement.lastIndexOf(u')') - begin).split(u",\r\n"_s))
+    for (const auto lines = statement.mid(begin, statement.lastIndexOf(u')') - begin).split(u",\r\n"_s);
+         const QString &line : lines)
         all.append(line.simplified());
     return all;
 }
@@ -191,7 +192,7 @@ void TestResources::table_has_its_columns()
         database.setDatabaseName(u":memory:"_s);
         QVERIFY(database.open());
         const QString script = QString::fromUtf8(contents(u":/project/sql/schema.sql"_s));
-        for (const QString &statement : script.split(u';', Qt::SkipEmptyParts)) {
+        for (const auto all = script.split(u';', Qt::SkipEmptyParts); const QString &statement : all) {
             if (!statement.trimmed().isEmpty())
                 QVERIFY2(QSqlQuery(database).exec(statement), qPrintable(statement));
         }

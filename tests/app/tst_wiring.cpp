@@ -33,11 +33,11 @@ Seen seenBy(const std::function<void()> &open)
     Seen seen;
     const Modal modal([&seen](QWidget *window) {
         seen.title = window->windowTitle();
-        for (const QLabel *label : window->findChildren<QLabel *>())
+        for (const auto all = window->findChildren<QLabel *>(); const QLabel *label : all)
             seen.labels.append(label->text().remove(u'&'));
-        for (const QLineEdit *edit : window->findChildren<QLineEdit *>())
+        for (const auto all = window->findChildren<QLineEdit *>(); const QLineEdit *edit : all)
             seen.texts.append(edit->text());
-        for (const QPlainTextEdit *edit : window->findChildren<QPlainTextEdit *>())
+        for (const auto all = window->findChildren<QPlainTextEdit *>(); const QPlainTextEdit *edit : all)
             seen.texts.append(edit->toPlainText());
         qobject_cast<QDialog *>(window)->reject();
     });
@@ -56,7 +56,8 @@ void addPersonasAndQuestions(Stage &stage)
 QStringList prompts(Stage &stage)
 {
     QStringList all;
-    for (const QVariantList &row : stage.rows(u"SELECT prompt FROM questions ORDER BY order_num"_s))
+    for (const auto found = stage.rows(u"SELECT prompt FROM questions ORDER BY order_num"_s);
+         const QVariantList &row : found)
         all.append(row.first().toString());
     return all;
 }

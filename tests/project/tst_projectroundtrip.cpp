@@ -35,7 +35,7 @@ QString longText()
 void fillProject(Stage &stage)
 {
     int number = 0;
-    for (const QString &text : oddTexts()) {
+    for (const auto all = oddTexts(); const QString &text : all) {
         ++number;
         const QString name = QString::number(number);
         QVERIFY(stage.exec(u"INSERT INTO metadata VALUES (?, ?)"_s, {name, text}));
@@ -131,13 +131,13 @@ private Q_SLOTS:
         // What the window has made of the project before must not be written back.
         stage.call("loadProject");
         QMap<QString, Rows> before;
-        for (const QString &table : tables())
+        for (const auto all = tables(); const QString &table : all)
             before.insert(table, stage.rows(literalRows(table, stage.rows(columnsOf(table)))));
         QVERIFY(stage.result("saveProjectToFile", stage.path(u"first.ormt"_s)));
         stage.closeWindow();
 
         QVERIFY(stage.result("openProjectFromFile", stage.path(u"first.ormt"_s)));
-        for (const QString &table : tables()) {
+        for (const auto all = tables(); const QString &table : all) {
             QVERIFY2(!before.value(table).isEmpty(), qPrintable(table));
             const Rows after = stage.rows(literalRows(table, stage.rows(columnsOf(table))));
             QCOMPARE(after, before.value(table));
@@ -153,7 +153,7 @@ private Q_SLOTS:
         stage.call("loadProject");
         QVERIFY(stage.result("saveProjectToFile", first));
         QMap<QString, int> counts;
-        for (const QString &table : tables())
+        for (const auto all = tables(); const QString &table : all)
             counts.insert(table, count(stage, table));
         stage.closeWindow();
 
@@ -161,7 +161,7 @@ private Q_SLOTS:
         QVERIFY(stage.result("saveProjectToFile", second));
         const QStringList lines = dump(first);
         QCOMPARE(dump(second), lines);
-        for (const QString &table : tables()) {
+        for (const auto all = tables(); const QString &table : all) {
             QCOMPARE_GT(counts.value(table), 0);
             QCOMPARE(ask(first, "SELECT COUNT(*) FROM "_L1 + table).toInt(), counts.value(table));
         }

@@ -48,13 +48,13 @@ bool startHeld(SurveyStage &stage)
 QStringList disabled(SurveyStage &stage)
 {
     QStringList texts;
-    for (const QMenu *menu : stage.window()->menuBar()->findChildren<QMenu *>()) {
-        for (const QAction *action : menu->actions()) {
+    for (const auto all = stage.window()->menuBar()->findChildren<QMenu *>(); const QMenu *menu : all) {
+        for (const auto entries = menu->actions(); const QAction *action : entries) {
             if (!action->isEnabled())
                 texts << action->text();
         }
     }
-    for (const QPushButton *button : stage.window()->findChildren<QPushButton *>()) {
+    for (const auto all = stage.window()->findChildren<QPushButton *>(); const QPushButton *button : all) {
         if (!button->isEnabled())
             texts << button->text();
     }
@@ -124,7 +124,7 @@ void TestMidRun::a_runner_needs_no_window_and_no_log()
     QVERIFY(finished.wait());
     QCOMPARE(stage.answered(), stage.twoByTwo);
     QVERIFY(stage.log() == nullptr);
-    QCOMPARE(Stage::cells(stage.find<QTableWidget>(u"resultsTable"_s)).first(),
+    QCOMPARE(Stage::cells(stage.find<QTableWidget>(u"resultsTable"_s)).constFirst(),
              (QStringList{u"P1"_s, QString(), QString(), QString(), QString()}));
 }
 
@@ -215,7 +215,7 @@ void TestMidRun::a_deleted_question_is_asked_to_the_end()
              (QList<QVariantList>{{1, 2}, {2, 2}}));
     // The history joins the questions that are there.
     for (const Request &request : stage.endpoint.requests())
-        QCOMPARE(request.json()["messages"_L1].toArray().size(), 2);
+        QCOMPARE(request.json().value("messages"_L1).toArray().size(), 2);
 }
 
 void TestMidRun::questions_are_those_of_the_start()
@@ -250,7 +250,7 @@ void TestMidRun::personas_and_boilerplate_are_those_of_the_start()
     QVERIFY(stage.runEnded());
     QStringList texts;
     for (const Request &request : stage.endpoint.requests())
-        texts << request.json()["messages"_L1][0]["content"_L1].toString();
+        texts << request.json().value("messages"_L1)[0]["content"_L1].toString();
     const QString first = u"Act as the following persona.\nP1"_s;
     const QString second = u"Act as the following persona.\nP2"_s;
     QCOMPARE(texts, (QStringList{first, first, second, second}));

@@ -73,7 +73,7 @@ void TestQuitInRun::quitting_ends_the_program_and_its_request()
     });
     QCOMPARE(QCoreApplication::exec(), 0);
     QVERIFY(question.wasAnswered());
-    for (const QWidget *widget : QApplication::topLevelWidgets())
+    for (const auto all = QApplication::topLevelWidgets(); const QWidget *widget : all)
         QVERIFY2(!widget->isVisible(), widget->metaObject()->className());
     QCOMPARE(stage.answered(), QStringList{u"P1 Q1"_s});
 

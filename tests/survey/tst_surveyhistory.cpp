@@ -22,7 +22,7 @@ namespace {
 
 QJsonArray messages(const Request &request)
 {
-    return request.json()["messages"_L1].toArray();
+    return request.json().value("messages"_L1).toArray();
 }
 
 } // namespace
