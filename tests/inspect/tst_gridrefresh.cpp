@@ -160,7 +160,7 @@ void TestGridRefresh::moving_a_question_leaves_the_grid_as_it_is()
 
     QCOMPARE(titles(refreshed(stage)),
              (QStringList{u"Persona"_s, u"Two"_s, u"Reasoning for Two"_s, u"One"_s, u"Reasoning for One"_s}));
-    QCOMPARE(Stage::cells(resultsTable(stage)).first(),
+    QCOMPARE(Stage::cells(resultsTable(stage)).constFirst(),
              (QStringList{u"Persona A"_s, QString(), QString(), u"a1"_s, u"why"_s}));
 }
 

@@ -282,7 +282,7 @@ void TestNewestAnswers::a_uuid_that_changes_when_it_is_looked_up_has_the_answers
     QVERIFY(addQuestion(stage, 1, u"Q"_s, 1));
     QVERIFY(stage.exec(u"INSERT INTO personas (uuid,name) VALUES (%1,'P')"_s.arg(uuid)));
     QVERIFY(addAnswer(stage, u"a"_s, 1, {u"yes"_s, QVariant(), QVariant()}));
-    QCOMPARE(literalGrid(stage).first().at(1), u"yes"_s);
+    QCOMPARE(literalGrid(stage).constFirst().at(1), u"yes"_s);
     QCOMPARE(shownGrid(stage), literalGrid(stage));
 }
 

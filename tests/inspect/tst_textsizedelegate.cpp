@@ -281,7 +281,7 @@ void TestTextSizeDelegate::the_grid_has_columns_as_wide_as_without_it()
     if (inFront)
         stage.find<QTabWidget>({})->setCurrentWidget(stage.page(u"Results"_s));
     for (int round = 0; round < 8; ++round) {
-        for (const QString &text : randomTexts(15)) {
+        for (const auto listed = randomTexts(15); const QString &text : listed) {
             QVERIFY(addAnswer(stage, QString::number(random.bounded(20)), int(random.bounded(5U)),
                               {text, QVariant(), QVariant()}, QString::number(round)));
         }
@@ -324,9 +324,9 @@ void TestTextSizeDelegate::an_edited_text_widens_its_column()
 {
     Tables tables;
     tables.fill({u"short"_s, u"short"_s}, 1);
-    const int before = widths(tables.table).first();
+    const int before = widths(tables.table).constFirst();
     tables.table.item(1, 0)->setText(u"a good deal longer"_s);
-    QCOMPARE_GT(widths(tables.table).first(), before);
+    QCOMPARE_GT(widths(tables.table).constFirst(), before);
     QCOMPARE(widths(tables.table), withoutDelegate(tables.table, widths));
 }
 

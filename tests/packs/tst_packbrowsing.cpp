@@ -194,7 +194,7 @@ private Q_SLOTS:
         const QString path = stage.path(u"lean.ornk"_s);
         {
             FileDatabase pack(path);
-            QVERIFY(pack.exec(packStatements().first(3) + QStringList{persona(u"u1"_s, u"One"_s)}));
+            QVERIFY(pack.exec(packStatements().mid(0, 3) + QStringList{persona(u"u1"_s, u"One"_s)}));
         }
         QVERIFY(stage.call("loadPack", path));
         QCOMPARE(shownNames(stage), QStringList{u"One"_s});

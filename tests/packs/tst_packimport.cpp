@@ -107,7 +107,7 @@ private Q_SLOTS:
         QVERIFY(enter(stage, {persona(u"u1"_s, u"Mine"_s), tag(1, u"urban"_s), link(u"u1"_s, 1)}));
         const QStringList mine = literals(stage.project(), allPersonas());
         QVERIFY(importAppending(stage, writePack(stage.path(u"twins.ornk"_s), smallPack())));
-        QCOMPARE(literals(stage.project(), allPersonas()).first(1), mine);
+        QCOMPARE(literals(stage.project(), allPersonas()).mid(0, 1), mine);
         QCOMPARE(column(stage, u"SELECT uuid FROM personas ORDER BY rowid"_s), QStringList({u"u1"_s, u"u2"_s}));
         QCOMPARE(tagsOf(stage, u"u1"_s), QStringList({u"urban"_s, u"rural"_s}));
     }
@@ -211,7 +211,7 @@ private Q_SLOTS:
         const QString path = stage.path(u"lean.ornk"_s);
         {
             FileDatabase pack(path);
-            QVERIFY(pack.exec(packStatements().first(3) + smallPack()));
+            QVERIFY(pack.exec(packStatements().mid(0, 3) + smallPack()));
         }
         QVERIFY(importUnasked(stage, path));
         QCOMPARE(shownNames(stage), QStringList({u"One"_s, u"Two"_s}));

@@ -112,7 +112,7 @@ private Q_SLOTS:
         const QByteArray bytes = bytesOf(path);
         Stage::setTestMode(true);
         const Modal modal([](QWidget *dialog) {
-            for (const QLineEdit *edit : dialog->findChildren<QLineEdit *>())
+            for (const auto listed = dialog->findChildren<QLineEdit *>(); const QLineEdit *edit : listed)
                 QCOMPARE(edit->text(), QString());
             dialog->findChildren<QLineEdit *>().constFirst()->setText(u"Added"_s);
             QVERIFY(pressButton(dialog, u"OK"_s));
@@ -196,7 +196,7 @@ private:
     static QStringList texts(const QWidget *dialog)
     {
         QStringList all;
-        for (const QLineEdit *edit : dialog->findChildren<QLineEdit *>())
+        for (const auto listed = dialog->findChildren<QLineEdit *>(); const QLineEdit *edit : listed)
             all.append(edit->text());
         all.insert(1, dialog->findChild<QPlainTextEdit *>()->toPlainText());
         return all;

@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(others.size(), 7);
         QCOMPARE(grid->rowCount(), 2);
         QCOMPARE(grid->columnCount(), columns);
-        for (const QStringList &row : Stage::cells(grid))
+        for (const auto listed = Stage::cells(grid); const QStringList &row : listed)
             QVERIFY(!row.contains(u"honey"_s));
         // The numbering of answers goes on where it was.
         QVERIFY(stage.exec(u"INSERT INTO responses (persona_uuid, question_id) VALUES ('u1', 1)"_s));

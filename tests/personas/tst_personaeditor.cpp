@@ -190,7 +190,7 @@ void TestPersonaEditor::ok_stores_the_three_texts_and_no_more()
     QCOMPARE(stage.rows(others), before);
     QCOMPARE(tagsOf(stage, u"p"_s), QStringList({u"c"_s, u"a"_s}));
     QCOMPARE(count(stage, u"responses"_s), 1);
-    QCOMPARE(Stage::cells(personaTable(stage)).first().first(), u" Number Two "_s);
+    QCOMPARE(Stage::cells(personaTable(stage)).constFirst().constFirst(), u" Number Two "_s);
 }
 
 void TestPersonaEditor::ok_without_a_change_counts_as_one()

@@ -126,7 +126,7 @@ void TestPersonaEditorRead::row_of_a_pack_opens_the_persona_of_the_project()
     QVERIFY(stage.exec(u"DELETE FROM persona_tags"_s));
     QVERIFY(stage.exec(inProject ? u"UPDATE personas SET name = 'Of the project'"_s : u"DELETE FROM personas"_s));
     QVERIFY(stage.call("loadPack", pack));
-    QCOMPARE(Stage::cells(personaTable(stage)).first().first(), u"Number One"_s);
+    QCOMPARE(Stage::cells(personaTable(stage)).constFirst().constFirst(), u"Number One"_s);
     QVERIFY(editPersona(stage, 0, [&](const PersonaForm &form) {
         const QStringList shown =
             inProject ? QStringList{u"Of the project"_s, u"keeps bees"_s, u""_s} : QStringList{u""_s, u""_s, u""_s};

@@ -14,7 +14,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QStringList defaults = {QString(), u"gpt-4.1"_s, u"gpt-4.1-mini"_s};
+QStringList defaults()
+{
+    return {QString(), u"gpt-4.1"_s, u"gpt-4.1-mini"_s};
+}
 
 /// What is stored under the three keys, with a mark for an absent one.
 QStringList stored()
@@ -134,7 +137,7 @@ void TestPreferences::dialog_belongs_to_the_window_and_lives_while_it_is_open()
 void TestPreferences::first_start_shows_the_defaults()
 {
     Stage stage;
-    QCOMPARE(shown(stage), defaults);
+    QCOMPARE(shown(stage), defaults());
     QCOMPARE(stored(), (QStringList{u"absent"_s, u"absent"_s, u"absent"_s}));
 }
 
@@ -184,7 +187,7 @@ void TestPreferences::ok_on_first_start_writes_all_three_keys()
 {
     Stage stage;
     QVERIFY(inPreferences(stage, [](QDialog *dialog) { pressButton(dialog, u"OK"_s); }));
-    QCOMPARE(stored(), defaults);
+    QCOMPARE(stored(), defaults());
     QCOMPARE(QSettings().allKeys().size(), 3);
 }
 
@@ -251,7 +254,7 @@ void TestPreferences::empty_model_from_outside_is_shown_as_it_is()
     QCOMPARE(stored(), (QStringList{u"absent"_s, QString(), u"absent"_s}));
     // OK then takes the empty field for what it is.
     QVERIFY(inPreferences(stage, [](QDialog *dialog) { pressButton(dialog, u"OK"_s); }));
-    QCOMPARE(stored(), defaults);
+    QCOMPARE(stored(), defaults());
 }
 
 void TestPreferences::settings_lie_under_the_names_of_the_program()

@@ -9,24 +9,21 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// Keeps a journal, in the project, of what is written to the table boilerplate.
-const QStringList journal = {
-    u"CREATE TABLE journal (id INTEGER PRIMARY KEY, act TEXT)"_s,
-    u"CREATE TRIGGER deleted AFTER DELETE ON boilerplate BEGIN INSERT INTO journal (act) "
-    "VALUES ('- ' || OLD.preamble || '|' || OLD.postamble); END"_s,
-    u"CREATE TRIGGER inserted AFTER INSERT ON boilerplate BEGIN INSERT INTO journal (act) "
-    "VALUES ('+ ' || NEW.preamble || '|' || NEW.postamble); END"_s,
-};
-
 void startJournal(Stage &stage)
 {
-    for (const QString &statement : journal)
+    const QStringList statements{u"CREATE TABLE journal (id INTEGER PRIMARY KEY, act TEXT)"_s,
+                                 u"CREATE TRIGGER deleted AFTER DELETE ON boilerplate BEGIN INSERT INTO journal (act) "
+                                 "VALUES ('- ' || OLD.preamble || '|' || OLD.postamble); END"_s,
+                                 u"CREATE TRIGGER inserted AFTER INSERT ON boilerplate BEGIN INSERT INTO journal (act) "
+                                 "VALUES ('+ ' || NEW.preamble || '|' || NEW.postamble); END"_s};
+    for (const QString &statement : statements)
         QVERIFY(stage.exec(statement));
 }
 
 QStringList journalOf(Stage &stage)
 {
     QStringList acts;
-    for (const QVariantList &row : stage.rows(u"SELECT act FROM journal ORDER BY id"_s))
+    for (const auto listed = stage.rows(u"SELECT act FROM journal ORDER BY id"_s); const QVariantList &row : listed)
         acts.append(row.first().toString());
     return acts;
 }
@@ -45,8 +42,9 @@ QPlainTextEdit *postamble(Stage &stage)
 QStringList stored(Stage &stage)
 {
     QStringList all;
-    for (const QVariantList &row :
-         stage.rows(u"SELECT ifnull(preamble, 'NULL') || '|' || ifnull(postamble, 'NULL') FROM boilerplate"_s))
+    for (const auto listed =
+             stage.rows(u"SELECT ifnull(preamble, 'NULL') || '|' || ifnull(postamble, 'NULL') FROM boilerplate"_s);
+         const QVariantList &row : listed)
         all.append(row.first().toString());
     return all;
 }
@@ -102,7 +100,7 @@ private Q_SLOTS:
         const QStringList expected = {u"- |"_s, u"+ B|"_s, u"- B|"_s, u"+ Be|"_s, u"- Be|"_s, u"+ Be!|"_s};
         QCOMPARE(journalOf(stage), expected);
         QTest::keyClicks(postamble(stage), u"So"_s);
-        QCOMPARE(journalOf(stage).last(), u"+ Be!|So"_s);
+        QCOMPARE(journalOf(stage).constLast(), u"+ Be!|So"_s);
         QCOMPARE(stored(stage), QStringList{u"Be!|So"_s});
     }
 
@@ -210,7 +208,7 @@ void TestBoilerplate::preamble_slot_keeps_what_stands_beside_it()
     store(stage, before);
     preamble(stage)->setPlainText(u"new"_s);
     QCOMPARE(stored(stage).size(), 1);
-    QTEST(stored(stage).first(), "after");
+    QTEST(stored(stage).constFirst(), "after");
 }
 
 void TestBoilerplate::rows_too_many_are_reduced_to_one_data()
@@ -227,7 +225,7 @@ void TestBoilerplate::rows_too_many_are_reduced_to_one()
     store(stage, {u"a|b"_s, u"c|d"_s});
     stage.find<QPlainTextEdit>(QString::fromLatin1(QTest::currentDataTag()))->setPlainText(u"new"_s);
     QCOMPARE(stored(stage).size(), 1);
-    QTEST(stored(stage).first(), "after");
+    QTEST(stored(stage).constFirst(), "after");
 }
 
 void TestBoilerplate::failing_statement_is_passed_over_data()

@@ -47,10 +47,12 @@ QStringList shownTexts(Stage &stage)
     QStringList texts = shownPersonas(stage);
     for (const auto edit : {"preambleEdit"_L1, "postambleEdit"_L1})
         texts << stage.find<QPlainTextEdit>(edit)->toPlainText();
-    for (const QComboBox *chooser : stage.page(u"Boilerplate"_s)->findChildren<QComboBox *>())
+    for (const auto listed = stage.page(u"Boilerplate"_s)->findChildren<QComboBox *>();
+         const QComboBox *chooser : listed)
         texts << chooser->itemText(0);
     texts << stage.find<QComboBox>(u"tagFilter"_s)->itemText(1);
-    for (const QStringList &row : Stage::cells(stage.find<QTableWidget>(u"resultsTable"_s)))
+    for (const auto listedToo = Stage::cells(stage.find<QTableWidget>(u"resultsTable"_s));
+         const QStringList &row : listedToo)
         texts << row;
     return texts;
 }

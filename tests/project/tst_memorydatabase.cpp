@@ -81,7 +81,7 @@ void TestMemoryDatabase::a_database_that_was_closed_is_made_anew()
     stage.project().close();
     const MessageLog log;
     QVERIFY(stage.result("openProjectFromFile", stage.path(u"other.ormt"_s)));
-    for (const QString &text : log.warnings())
+    for (const auto listed = log.warnings(); const QString &text : listed)
         QVERIFY2(text.startsWith("QSqlDatabase"_L1), qPrintable(text));
     QCOMPARE(shownPersonas(stage), QStringList{u"Number One"_s});
     QCOMPARE(count(stage, u"responses"_s), 1);

@@ -109,7 +109,7 @@ private:
         {
             const MessageLog log;
             stage.action(u"New Project"_s)->trigger();
-            for (const QString &text : log.warnings())
+            for (const auto listed = log.warnings(); const QString &text : listed)
                 QVERIFY2(text.startsWith("QSqlDatabase"_L1), qPrintable(text));
         }
         QVERIFY(stage.project().isOpen());

@@ -80,7 +80,7 @@ void TestOpenedProject::opening_brings_all_views_into_line()
     QVERIFY(makeProjectFile(path, oneOfEach()));
     Stage::setTestMode(true);
     QVERIFY(stage.result("openProjectFromFile", path));
-    QCOMPARE(Stage::cells(stage.find<QTableWidget>(u"personaTable"_s)).first().first(3),
+    QCOMPARE(Stage::cells(stage.find<QTableWidget>(u"personaTable"_s)).constFirst().first(3),
              (QStringList{u"Number One"_s, u"one"_s, u"odd"_s}));
     QCOMPARE(shownPersonas(stage).size(), 1);
     QCOMPARE(stage.find<QPlainTextEdit>(u"preambleEdit"_s)->toPlainText(), u"Pre."_s);

@@ -119,7 +119,7 @@ void TestProjectCopy::a_dropped_table_stays_empty()
 {
     QFETCH(const QString, table);
     Stage stage;
-    for (const QString &statement : oneOfEach())
+    for (const auto listed = oneOfEach(); const QString &statement : listed)
         QVERIFY(stage.exec(statement));
     QVERIFY(makeProjectFile(stage.path(u"less.ormt"_s), oneOfEach() << QString("DROP TABLE "_L1 + table)));
     QVERIFY(stage.result("openProjectFromFile", stage.path(u"less.ormt"_s)));
@@ -175,7 +175,7 @@ void TestProjectCopy::a_table_that_the_project_lost_is_left_out()
 void TestProjectCopy::nothing_of_the_project_before_is_left()
 {
     Stage stage;
-    for (const QString &statement : oneOfEach())
+    for (const auto listed = oneOfEach(); const QString &statement : listed)
         QVERIFY(stage.exec(statement));
     QVERIFY(makeProjectFile(stage.path(u"other.ormt"_s),
                             {u"INSERT INTO personas (uuid, name) VALUES ('two', 'Number Two')"_s}));

@@ -54,14 +54,15 @@ private Q_SLOTS:
         QFile script(u":/project/sql/schema.sql"_s);
         QVERIFY(script.open(QIODevice::ReadOnly));
         QStringList statements;
-        for (const QString &piece : QString::fromUtf8(script.readAll()).split(u';')) {
+        for (const auto listed = QString::fromUtf8(script.readAll()).split(u';'); const QString &piece : listed) {
             if (!piece.trimmed().isEmpty())
                 statements.append(piece.trimmed());
         }
         QCOMPARE(statements.size(), 8);
         QStringList found;
-        for (const QVariantList &row :
-             stage.rows(u"SELECT sql FROM sqlite_master WHERE name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY rowid"_s))
+        for (const auto listed = stage.rows(
+                 u"SELECT sql FROM sqlite_master WHERE name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY rowid"_s);
+             const QVariantList &row : listed)
             found.append(row.first().toString());
         QCOMPARE(found, statements);
         QVERIFY(stage.project().tables(QSql::Tables).contains(u"sqlite_sequence"_s));
@@ -129,7 +130,8 @@ private Q_SLOTS:
         }
         stage.call("newProject");
         QStringList order;
-        for (const QVariantList &row : stage.rows(u"SELECT name FROM journal ORDER BY id"_s))
+        for (const auto listed = stage.rows(u"SELECT name FROM journal ORDER BY id"_s);
+             const QVariantList &row : listed)
             order.append(row.first().toString());
         // The last two are the text slots, which the refresh passes through.
         const QStringList expected = {u"responses"_s,   u"persona_tags"_s, u"tags"_s,        u"question_attachments"_s,

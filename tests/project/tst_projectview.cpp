@@ -182,7 +182,7 @@ void TestProjectView::filter_narrows_rows_and_tags()
 
     filter->setCurrentText(u"All"_s);
     QCOMPARE(personaColumn(stage, 1), (QStringList{u"a"_s, u"b"_s, u"c"_s}));
-    QCOMPARE(personaColumn(stage, 2).first().split(u',').size(), 2);
+    QCOMPARE(personaColumn(stage, 2).constFirst().split(u',').size(), 2);
     QVERIFY(stage.asksBeforeClosing());
 }
 

@@ -69,7 +69,7 @@ QAction *Stage::action(const QString &text)
 {
     const auto menus = window()->menuBar()->findChildren<QMenu *>();
     for (const QMenu *menu : menus) {
-        for (QAction *action : menu->actions()) {
+        for (const auto listed = menu->actions(); QAction * action : listed) {
             if (action->text() == text)
                 return action;
         }
