@@ -69,7 +69,8 @@ QAction *Stage::action(const QString &text)
 {
     const auto menus = window()->menuBar()->findChildren<QMenu *>();
     for (const QMenu *menu : menus) {
-        for (const auto listed = menu->actions(); QAction * action : listed) {
+        const auto actions = menu->actions();
+        for (QAction *action : actions) {
             if (action->text() == text)
                 return action;
         }

@@ -50,11 +50,11 @@ Met meet()
     QNetworkRequest request(QUrl(u"https://api.openai.com/v1/chat/completions"_s));
     request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/json"_s);
     QNetworkReply *reply = manager.post(request, "{}");
-    // clazy:exclude=lambda-in-connect
-    QObject::connect(reply, &QNetworkReply::sslErrors, reply, [&met](const QList<QSslError> &errors) {
-        for (const QSslError &error : errors)
-            met.sslErrors << error.errorString();
-    });
+    QObject::connect(reply, &QNetworkReply::sslErrors, reply,
+                     [&met](const QList<QSslError> &errors) { // clazy:exclude=lambda-in-connect
+                         for (const QSslError &error : errors)
+                             met.sslErrors << error.errorString();
+                     });
     if (!QSignalSpy(reply, &QNetworkReply::finished).wait())
         qWarning("no answer");
     met.text = reply->errorString();
