@@ -8,7 +8,6 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-using standin::Reply;
 using standin::Request;
 
 namespace {
