@@ -1,5 +1,6 @@
 // The dialog of a new or an existing persona. Nothing of it is checked; the tags are split when they are stored.
 
+#include "app/dialogbuttons.h"
 #include "app/mainwindow.h"
 #include "app/testmode.h"
 #include "personas/personatable.h"
@@ -65,10 +66,7 @@ void MainWindow::editPersona(int row, int /*column*/)
     form->addRow(tr("Name"), nameEdit);
     form->addRow(tr("Description"), descriptionEdit);
     form->addRow(tr("Tags"), tagsEdit);
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    form->addWidget(buttons);
-    connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    form->addWidget(okAndCancel(&dialog));
 
     dialog.setAttribute(Qt::WA_DontShowOnScreen, testMode());
     if (dialog.exec() != QDialog::Accepted)

@@ -1,5 +1,6 @@
 #include "preferences/preferencesdialog.h"
 
+#include "app/dialogbuttons.h"
 #include "preferences/settings.h"
 
 #include <QDialogButtonBox>
@@ -28,10 +29,7 @@ PreferencesDialog::PreferencesDialog(QWidget *parent)
     layout->addRow(tr("Persona Model"), personaModelEdit);
     layout->addRow(tr("Adjudicator Model"), adjudicatorModelEdit);
 
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    layout->addWidget(buttons);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    layout->addWidget(okAndCancel(this));
 }
 
 void PreferencesDialog::accept()

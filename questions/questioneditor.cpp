@@ -1,5 +1,6 @@
 // The dialog of a new or an existing question.
 
+#include "app/dialogbuttons.h"
 #include "app/mainwindow.h"
 #include "app/testmode.h"
 #include "questions/answertypes.h"
@@ -110,15 +111,6 @@ static void addUnstoredControls(QFormLayout *layout, const QSqlDatabase &project
                      [condition](int index) { condition->setChoosersVisible(index == 1); });
 }
 
-static QPushButton *addButtons(QFormLayout *layout, QDialog *dialog)
-{
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    layout->addRow(buttons);
-    QObject::connect(buttons, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
-    return buttons->button(QDialogButtonBox::Ok);
-}
-
 void MainWindow::editQuestion(int row)
 {
     const QuestionTexts question = readQuestionTexts(questionModel, row);
@@ -131,7 +123,9 @@ void MainWindow::editQuestion(int row)
     auto *layout = new QFormLayout(&dialog);
     QuestionForm form = addStoredControls(layout, question);
     addUnstoredControls(layout, db);
-    form.ok = addButtons(layout, &dialog);
+    auto *buttons = okAndCancel(&dialog);
+    layout->addRow(buttons);
+    form.ok = buttons->button(QDialogButtonBox::Ok);
     refreshTypeControls(form);
     connect(form.type, &QComboBox::currentTextChanged, &dialog, [&form] { refreshTypeControls(form); });
     connect(form.labels, &LabelSection::countChanged, &dialog, [&form] { refreshOkButton(form); });
