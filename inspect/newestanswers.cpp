@@ -5,22 +5,29 @@
 
 using namespace Qt::StringLiterals;
 
-NewestAnswers::NewestAnswers(const QSqlDatabase &database)
+NewestAnswers::NewestAnswers(const QSqlDatabase &database, ReasoningCache &known)
     : toBytes(database)
+    , reasonings(known)
 {
-    toBytes.prepare(u"SELECT CAST(? AS BLOB)"_s);
-    read(database);
+    // A run asks each pair once, so that mostly there is one answer to each and no order to look for.
+    if (!read(database, Order::AsTheyStand)) {
+        answers.clear();
+        read(database, Order::NewestFirst);
+    }
 }
 
-void NewestAnswers::read(const QSqlDatabase &database)
+/// Keeps the first answer to each pair. False, and not all is read, where a pair has another one and the order does not
+/// tell which of them counts.
+bool NewestAnswers::read(const QSqlDatabase &database, Order order)
 {
     QSqlQuery query(database);
     query.setForwardOnly(true);
     // A value of another type never equals a text or a number that is looked up. Of answers of the same second the
-    // oldest row comes first, as it does where SQLite sorts the rows of a single pair.
-    query.exec(u"SELECT CAST(persona_uuid AS BLOB),question_id,text_answer,numeric_answer,json_answer FROM responses "
-               "WHERE typeof(persona_uuid)='text' AND typeof(question_id)='integer' "
-               "ORDER BY created_at DESC,rowid"_s);
+    // oldest row comes first, as it does where SQLite sorts the rows of a single pair. A table without created_at can't
+    // be read, ordered or not.
+    query.exec("SELECT CAST(persona_uuid AS BLOB),question_id,text_answer,numeric_answer,json_answer FROM responses "
+               "WHERE typeof(persona_uuid)='text' AND typeof(question_id)='integer' AND (TRUE OR created_at)"_L1 +
+               (order == Order::NewestFirst ? " ORDER BY created_at DESC,rowid"_L1 : ""_L1));
     QByteArray uuid;
     ByQuestion *own = nullptr;
     while (query.next()) {
@@ -30,13 +37,28 @@ void NewestAnswers::read(const QSqlDatabase &database)
             uuid = rowUuid;
             own = &answers[uuid];
         }
-        const qsizetype known = own->size();
-        ParsedAnswer &answer = (*own)[query.value(1).toLongLong()];
-        if (own->size() > known)
-            answer = {.textAnswer = query.value(2).toString(),
-                      .numericAnswer = query.value(3),
-                      .jsonAnswer = query.value(4).toString()};
+        const qsizetype answered = own->size();
+        ShownAnswer &place = (*own)[query.value(1).toLongLong()];
+        if (own->size() > answered)
+            place = shown({.textAnswer = query.value(2).toString(),
+                           .numericAnswer = query.value(3),
+                           .jsonAnswer = query.value(4).toString()});
+        else if (order == Order::AsTheyStand)
+            return false;
     }
+    return true;
+}
+
+ShownAnswer NewestAnswers::shown(const ParsedAnswer &answer)
+{
+    ShownAnswer texts{.answer = displayValue(answer), .reasoning = {}};
+    if (const QString *known = reasonings.object(answer.jsonAnswer)) {
+        texts.reasoning = *known;
+    } else {
+        texts.reasoning = reasoning(answer);
+        reasonings.insert(answer.jsonAnswer, new QString(texts.reasoning));
+    }
+    return texts;
 }
 
 NewestAnswers::ByQuestion NewestAnswers::of(const QString &personaUuid)
@@ -44,9 +66,5 @@ NewestAnswers::ByQuestion NewestAnswers::of(const QString &personaUuid)
     // A persona without a uuid has no answers, since NULL equals nothing.
     if (personaUuid.isNull())
         return {};
-    toBytes.bindValue(0, personaUuid);
-    const bool found = toBytes.exec() && toBytes.next();
-    const QByteArray bytes = found ? toBytes.value(0).toByteArray() : QByteArray();
-    toBytes.finish();
-    return answers.value(bytes);
+    return answers.value(toBytes.of(personaUuid));
 }

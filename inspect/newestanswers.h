@@ -1,13 +1,24 @@
 #pragma once
 
+#include "project/textbytes.h"
 #include "survey/answers.h"
 
 #include <QByteArray>
+#include <QCache>
 #include <QHash>
-#include <QSqlQuery>
 #include <QString>
 
 class QSqlDatabase;
+
+/// The two texts by which an answer is shown.
+struct ShownAnswer
+{
+    QString answer;
+    QString reasoning;
+};
+
+/// The reasoning by the JSON that it was parsed from: a refresh meets all the answers of the refresh before again.
+using ReasoningCache = QCache<QString, QString>;
 
 /// The newest answer of each persona to each question, read in one pass: what
 /// "SELECT ... FROM responses WHERE persona_uuid=? AND question_id=? ORDER BY created_at DESC LIMIT 1"
@@ -15,18 +26,20 @@ class QSqlDatabase;
 class NewestAnswers
 {
 public:
-    using ByQuestion = QHash<qint64, ParsedAnswer>;
+    using ByQuestion = QHash<qint64, ShownAnswer>;
 
-    explicit NewestAnswers(const QSqlDatabase &database);
+    NewestAnswers(const QSqlDatabase &database, ReasoningCache &known);
 
     /// The answers of a persona, by the ids of the questions.
     ByQuestion of(const QString &personaUuid);
 
 private:
-    void read(const QSqlDatabase &database);
+    enum class Order { AsTheyStand, NewestFirst };
+    bool read(const QSqlDatabase &database, Order order);
+    ShownAnswer shown(const ParsedAnswer &answer);
 
-    /// Turns a uuid into the bytes that SQLite looks it up by, which are not always those of its UTF-8 form.
-    QSqlQuery toBytes;
+    TextBytes toBytes;
+    ReasoningCache &reasonings;
     /// By the bytes of the uuid, so that no two different texts become equal on the way.
     QHash<QByteArray, ByQuestion> answers;
 };

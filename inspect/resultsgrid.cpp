@@ -47,27 +47,16 @@ static bool readResultQuestions(const QSqlDatabase &database, QList<ResultQuesti
     return true;
 }
 
-/// The reasoning of an answer, parsed once: a refresh meets all the answers of the refresh before again.
-static QString knownReasoning(const ParsedAnswer &answer, QCache<QString, QString> &reasonings)
-{
-    if (const QString *known = reasonings.object(answer.jsonAnswer))
-        return *known;
-    const QString parsed = reasoning(answer);
-    reasonings.insert(answer.jsonAnswer, new QString(parsed));
-    return parsed;
-}
-
 static void fillResultRow(QTableWidget *table, int row, const QString &name, const QList<ResultQuestion> &questions,
-                          const NewestAnswers::ByQuestion &answers, QCache<QString, QString> &reasonings)
+                          const NewestAnswers::ByQuestion &answers)
 {
     table->setVerticalHeaderItem(row, new QTableWidgetItem(name));
     int column = 0;
     table->setItem(row, column++, new QTableWidgetItem(name));
     for (const ResultQuestion &question : questions) {
-        const auto answer = answers.constFind(question.id);
-        const bool answered = answer != answers.cend();
-        table->setItem(row, column++, new QTableWidgetItem(answered ? displayValue(*answer) : QString()));
-        table->setItem(row, column++, new QTableWidgetItem(answered ? knownReasoning(*answer, reasonings) : QString()));
+        const ShownAnswer shown = answers.value(question.id);
+        table->setItem(row, column++, new QTableWidgetItem(shown.answer));
+        table->setItem(row, column++, new QTableWidgetItem(shown.reasoning));
     }
 }
 
@@ -98,9 +87,9 @@ void MainWindow::loadResults()
         titles << question.prompt << tr("Reasoning for %1").arg(question.prompt);
     resultsTable->setHorizontalHeaderLabels(titles);
 
-    NewestAnswers answers(db);
+    NewestAnswers answers(db, parsedReasonings);
     for (int row = 0; row < personas.size(); ++row) {
         const ResultPersona &persona = personas.at(row);
-        fillResultRow(resultsTable, row, persona.name, questions, answers.of(persona.uuid), parsedReasonings);
+        fillResultRow(resultsTable, row, persona.name, questions, answers.of(persona.uuid));
     }
 }

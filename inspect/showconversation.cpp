@@ -24,15 +24,15 @@ static QString personaText(const QSqlDatabase &database, const QString &uuid)
 }
 
 /// The persona's answers in the order of the questions, ending at the chosen one.
-static void collectExchanges(const QSqlDatabase &database, const QString &uuid, int chosen, ConversationLog &log)
+static void collectExchanges(const QSqlDatabase &database, const NewestAnswers::ByQuestion &answers, int chosen,
+                             ConversationLog &log)
 {
-    const NewestAnswers::ByQuestion answers = NewestAnswers(database).of(uuid);
     QSqlQuery query(database);
     query.exec(u"SELECT question_id,prompt FROM questions ORDER BY order_num"_s);
     while (query.next()) {
         const int id = query.value(0).toInt();
         const QString prompt = query.value(1).toString();
-        const QString answer = displayValue(answers.value(id));
+        const QString answer = answers.value(id).answer;
         if (!answer.isEmpty())
             log.exchanges.append({prompt, answer});
         else if (id == chosen)
@@ -57,6 +57,6 @@ void MainWindow::showConversation()
     const QString postamble = postambleEdit->toPlainText();
     if (!postamble.isEmpty())
         log.systemPrompt += u'\n' + postamble;
-    collectExchanges(db, uuid, chosen, log);
+    collectExchanges(db, NewestAnswers(db, parsedReasonings).of(uuid), chosen, log);
     conversationView->setPlainText(formatConversation(log));
 }

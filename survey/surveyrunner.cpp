@@ -5,17 +5,15 @@
 #include "inspect/chatlogwindow.h"
 #include "preferences/settings.h"
 #include "project/boilerplate.h"
+#include "survey/answeredpairs.h"
 #include "survey/answers.h"
 #include "survey/chatrequester.h"
 #include "survey/requestassembly.h"
 
 #include <QDebug>
 #include <QJsonDocument>
-#include <QSet>
 #include <QSqlError>
 #include <QSqlQuery>
-
-#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -69,27 +67,13 @@ void SurveyRunner::askNext()
     walking = false;
 }
 
-/// The questions that a persona has any answer to, nothing where the table can't be read.
-static std::optional<QSet<qint64>> answeredQuestions(const QSqlDatabase &database, const QString &personaUuid)
-{
-    QSqlQuery query(database);
-    query.setForwardOnly(true);
-    query.prepare(u"SELECT question_id FROM responses WHERE persona_uuid=? AND typeof(question_id)='integer'"_s);
-    query.addBindValue(personaUuid);
-    if (!query.exec())
-        return std::nullopt;
-    QSet<qint64> answered;
-    while (query.next())
-        answered.insert(query.value(0).toLongLong());
-    return answered;
-}
-
 /// Moves on to the first pair without an answer, persona by persona. The table is read anew at each step, since
 /// answers may have come or gone meanwhile; where it can't be read, the persona is passed over.
 bool SurveyRunner::findOpenPair()
 {
+    AnsweredPairs pairs(db);
     for (; personaIndex < personas.size(); ++personaIndex, questionIndex = 0) {
-        const auto answered = answeredQuestions(db, personas.at(personaIndex).uuid);
+        const auto answered = pairs.of(personas.at(personaIndex).uuid);
         if (!answered)
             continue;
         for (; questionIndex < questions.size(); ++questionIndex) {
