@@ -62,7 +62,7 @@ public:
         return lines.join(u'\n');
     }
 
-    QDir folder() const { return QDir(home.path()); }
+    QDir folder() const { return {home.path()}; }
 
 private:
     QTemporaryDir home;

@@ -122,7 +122,7 @@ static auto withoutDelegate(QTableWidget &table, const Measure &measure)
     QStyledItemDelegate plain;
     table.setItemDelegate(&plain);
     table.resizeColumnsToContents();
-    const auto measured = measure(table);
+    auto measured = measure(table);
     table.setItemDelegate(own);
     table.resizeColumnsToContents();
     return measured;

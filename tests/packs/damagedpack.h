@@ -35,10 +35,10 @@ inline QString writeDamagedPack(const QString &path, Damage damage)
     }
     QByteArray bytes = bytesOf(path);
     // A page of the tree holds the number of its last child in its head, and that of its first one in its first cell.
-    const auto pageSize = qFromBigEndian<quint16>(bytes.constData() + 16);
-    const char *page = bytes.constData() + (root - 1) * pageSize;
+    const qsizetype pageSize = qFromBigEndian<quint16>(bytes.constData() + 16);
+    const char *page = bytes.constData() + ((root - 1) * pageSize);
     const char *child = damage == Damage::LastPage ? page + 8 : page + qFromBigEndian<quint16>(page + 12);
-    const auto number = qFromBigEndian<quint32>(child);
+    const qsizetype number = qFromBigEndian<quint32>(child);
     bytes.replace((number - 1) * pageSize, pageSize, QByteArray(pageSize, '\0'));
     return writeFile(path, bytes);
 }

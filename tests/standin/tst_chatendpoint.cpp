@@ -189,7 +189,7 @@ void TestChatEndpoint::connections_close_unless_kept_alive()
 {
     QFETCH(const Reply, reply);
     QFETCH(const int, connections);
-    endpoint->answerWith([reply](const Request &) { return reply; });
+    endpoint->answerWith([reply](const Request &) -> const Reply & { return reply; });
     Client client;
     client.posted();
     client.posted();

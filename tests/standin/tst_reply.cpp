@@ -107,7 +107,7 @@ void TestReply::endings_show_at_the_client()
     QFETCH(const QNetworkReply::NetworkError, error);
     QFETCH(const int, status);
     QFETCH(const QByteArray, received);
-    endpoint->answerWith([reply](const Request &) { return reply; });
+    endpoint->answerWith([reply](const Request &) -> const Reply & { return reply; });
     Client client;
     QNetworkReply *answer = client.posted();
     QVERIFY(answer->isFinished());
@@ -231,7 +231,7 @@ void TestReply::a_large_exchange_arrives_whole()
 {
     QByteArray large(8'000'000, Qt::Uninitialized);
     for (qsizetype i = 0; i < large.size(); ++i)
-        large[i] = char('a' + i % 23);
+        large[i] = char('a' + (i % 23));
     endpoint->queue(Reply::json(large));
     Client client;
     QNetworkReply *reply = client.post(large);

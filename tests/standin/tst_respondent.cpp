@@ -229,8 +229,7 @@ void TestRespondent::choices_give_a_subset_in_their_order()
         QCOMPARE(chosen, expected);
     }
     // Somebody takes one thing less than all, or the whole list would do for a subset.
-    QVERIFY(
-        std::any_of(answers.cbegin(), answers.cend(), [](const QString &answer) { return answer.count(u',') < 2; }));
+    QVERIFY(std::ranges::any_of(answers, [](const QString &answer) { return answer.count(u',') < 2; }));
 }
 
 void TestRespondent::ranking_orders_all_choices()

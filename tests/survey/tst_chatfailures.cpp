@@ -96,7 +96,7 @@ void TestChatFailures::a_failed_reply_tells_its_error_and_no_body()
     SurveyStage stage;
     QFETCH(const Reply, reply);
     QFETCH(const int, code);
-    stage.endpoint.answerWith([&reply](const Request &) { return reply; });
+    stage.endpoint.answerWith([&reply](const Request &) -> const Reply & { return reply; });
     const Met met = meet();
     QCOMPARE(met.code, code);
 

@@ -88,8 +88,8 @@ void TestSurveyRequests::an_answer_is_stored_and_shown_as_it_comes()
         QCOMPARE(answers(), stored);
         QCOMPARE(Stage::cells(grid), shown);
         const QString answer = "to "_L1 + stage.twoByTwo.at(count);
-        stored << QVariantList{u"P%1%2"_s.arg(count / 2 + 1).arg(count % 2 + 1), answer};
-        shown[count / 2][1 + 2 * (count % 2)] = answer;
+        stored << QVariantList{u"P%1%2"_s.arg((count / 2) + 1).arg((count % 2) + 1), answer};
+        shown[count / 2][1 + (2 * (count % 2))] = answer;
         stage.endpoint.release();
     }
     QVERIFY(stage.runEnded());
