@@ -1,0 +1,7 @@
+orrinet_test(personas/tst_tagtext.cpp)
+orrinet_test(personas/tst_personarecords.cpp)
+orrinet_test(personas/tst_personarows.cpp)
+orrinet_test(personas/tst_personatags.cpp)
+orrinet_test(personas/tst_personafailures.cpp)
+orrinet_test(personas/tst_personaeditor.cpp)
+orrinet_test(personas/tst_personaeditorread.cpp)
