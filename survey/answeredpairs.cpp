@@ -21,7 +21,9 @@ std::optional<AnsweredPairs::Questions> AnsweredPairs::of(const QString &persona
         ++personasRead;
         return readOne(personaUuid);
     }
-    if (!all && !readAll())
+    if (!all)
+        all = readAll();
+    if (!all)
         return std::nullopt;
     // NULL equals nothing.
     return personaUuid.isNull() ? Questions() : all->value(toBytes.of(personaUuid));
@@ -41,15 +43,15 @@ std::optional<AnsweredPairs::Questions> AnsweredPairs::readOne(const QString &pe
     return answered;
 }
 
-bool AnsweredPairs::readAll()
+std::optional<AnsweredPairs::ByPersona> AnsweredPairs::readAll() const
 {
     QSqlQuery query(db);
     query.setForwardOnly(true);
     if (!query.exec(u"SELECT CAST(persona_uuid AS BLOB),question_id FROM responses "
                     "WHERE typeof(persona_uuid)='text' AND typeof(question_id)='integer'"_s))
-        return false;
-    all.emplace();
+        return std::nullopt;
+    ByPersona answered;
     while (query.next())
-        (*all)[query.value(0).toByteArray()].insert(query.value(1).toLongLong());
-    return true;
+        answered[query.value(0).toByteArray()].insert(query.value(1).toLongLong());
+    return answered;
 }

@@ -22,11 +22,14 @@ public:
     std::optional<Questions> of(const QString &personaUuid);
 
 private:
+    /// By the bytes of the uuid.
+    using ByPersona = QHash<QByteArray, Questions>;
+
     std::optional<Questions> readOne(const QString &personaUuid) const;
-    bool readAll();
+    std::optional<ByPersona> readAll() const;
 
     QSqlDatabase db;
     TextBytes toBytes;
     int personasRead = 0;
-    std::optional<QHash<QByteArray, Questions>> all;
+    std::optional<ByPersona> all;
 };

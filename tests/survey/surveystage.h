@@ -80,7 +80,7 @@ public:
     {
         QStringList all;
         for (const standin::Request &request : endpoint.requests()) {
-            const QJsonArray messages = request.json()[u"messages"].toArray();
+            const QJsonArray messages = request.json().value(u"messages").toArray();
             all << messages.first()[u"content"].toString().section(u'\n', -1) + u' ' +
                        messages.last()[u"content"].toString();
         }

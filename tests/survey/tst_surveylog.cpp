@@ -29,7 +29,7 @@ namespace {
 /// The two entries that a request makes.
 QStringList sent(const Request &request)
 {
-    const QJsonArray messages = request.json()["messages"_L1].toArray();
+    const QJsonArray messages = request.json().value("messages"_L1).toArray();
     return {"-> "_L1 + QString::fromUtf8(QJsonDocument(messages).toJson(QJsonDocument::Compact)),
             "-> "_L1 + QString::fromUtf8(request.body)};
 }
@@ -120,7 +120,7 @@ void TestSurveyLog::without_a_key_an_exchange_makes_two_entries()
     stage.addQuestion(u"Q2"_s);
     stage.startRun();
     QVERIFY(stage.runEntry()->isEnabled());
-    const auto asking = [](const QString &prompt) {
+    const auto asking = [](const QString &prompt) -> QString {
         return R"(-> [{"content":"Act as the following persona.\nP1","role":"system"},{"content":")"_L1 + prompt +
                R"(","role":"user"}])"_L1;
     };
