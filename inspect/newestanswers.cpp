@@ -2,6 +2,7 @@
 
 #include <QSqlDatabase>
 #include <QSqlQuery>
+#include <QVariant>
 
 using namespace Qt::StringLiterals;
 
@@ -22,15 +23,18 @@ bool NewestAnswers::read(const QSqlDatabase &database, Order order)
 {
     QSqlQuery query(database);
     query.setForwardOnly(true);
-    // A value of another type never equals a text or a number that is looked up. Of answers of the same second the
-    // oldest row comes first, as it does where SQLite sorts the rows of a single pair. A table without created_at can't
-    // be read, ordered or not.
+    // Only texts and integers equal a text or a number that is looked up; texts are what sorts before all blobs. Of
+    // answers of the same second the oldest row comes first, as it does where SQLite sorts the rows of a single pair.
+    // A table without created_at can't be read, ordered or not.
     query.exec("SELECT CAST(persona_uuid AS BLOB),question_id,text_answer,numeric_answer,json_answer FROM responses "
-               "WHERE typeof(persona_uuid)='text' AND typeof(question_id)='integer' AND (TRUE OR created_at)"_L1 +
+               "WHERE persona_uuid<x'' AND (TRUE OR created_at)"_L1 +
                (order == Order::NewestFirst ? " ORDER BY created_at DESC,rowid"_L1 : ""_L1));
     QByteArray uuid;
     ByQuestion *own = nullptr;
     while (query.next()) {
+        const QVariant questionId = query.value(1);
+        if (questionId.typeId() != QMetaType::LongLong)
+            continue;
         const QByteArray rowUuid = query.value(0).toByteArray();
         // A run answers persona by persona, so that mostly the row before was the same one's.
         if (own == nullptr || rowUuid != uuid) {
@@ -38,7 +42,7 @@ bool NewestAnswers::read(const QSqlDatabase &database, Order order)
             own = &answers[uuid];
         }
         const qsizetype answered = own->size();
-        ShownAnswer &place = (*own)[query.value(1).toLongLong()];
+        ShownAnswer &place = (*own)[questionId.toLongLong()];
         if (own->size() > answered)
             place = shown({.textAnswer = query.value(2).toString(),
                            .numericAnswer = query.value(3),

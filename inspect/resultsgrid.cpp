@@ -54,9 +54,10 @@ static void fillResultRow(QTableWidget *table, int row, const QString &name, con
     int column = 0;
     table->setItem(row, column++, new QTableWidgetItem(name));
     for (const ResultQuestion &question : questions) {
-        const ShownAnswer shown = answers.value(question.id);
-        table->setItem(row, column++, new QTableWidgetItem(shown.answer));
-        table->setItem(row, column++, new QTableWidgetItem(shown.reasoning));
+        const auto shown = answers.constFind(question.id);
+        const bool answered = shown != answers.cend();
+        table->setItem(row, column++, new QTableWidgetItem(answered ? shown->answer : QString()));
+        table->setItem(row, column++, new QTableWidgetItem(answered ? shown->reasoning : QString()));
     }
 }
 
