@@ -11,11 +11,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void press(QWidget *box, QMessageBox::StandardButton button)
-{
-    qobject_cast<QMessageBox *>(box)->button(button)->click();
-}
-
 void showChangedProject(Stage &stage)
 {
     stage.call("insertPersona", u"Number One"_s, u"Calm."_s);
@@ -35,7 +30,7 @@ private Q_SLOTS:
     {
         Stage stage;
         stage.window()->show();
-        const Modal modal([](QWidget *box) { press(box, QMessageBox::No); });
+        const Modal modal([](QWidget *box) { answerBox(box, QMessageBox::No); });
         stage.action(u"Quit"_s)->trigger();
         QVERIFY(!modal.wasAnswered());
         QVERIFY(!stage.window()->isVisible());
@@ -57,7 +52,7 @@ private Q_SLOTS:
         const Modal modal([&stage](QWidget *window) {
             auto *box = qobject_cast<QMessageBox *>(window);
             QVERIFY(box != nullptr);
-            const auto done = qScopeGuard([box] { press(box, QMessageBox::No); });
+            const auto done = qScopeGuard([box] { answerBox(box, QMessageBox::No); });
             QCOMPARE(box->windowTitle(), u"Unsaved Changes"_s);
             QCOMPARE(box->text(), u"You have unsaved changes. Quit anyway?"_s);
             QCOMPARE(box->icon(), QMessageBox::Question);
@@ -75,8 +70,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<Answer>("answer");
         QTest::addColumn<bool>("stays");
-        QTest::addRow("No") << Answer([](QWidget *box) { press(box, QMessageBox::No); }) << true;
-        QTest::addRow("Yes") << Answer([](QWidget *box) { press(box, QMessageBox::Yes); }) << false;
+        QTest::addRow("No") << Answer([](QWidget *box) { answerBox(box, QMessageBox::No); }) << true;
+        QTest::addRow("Yes") << Answer([](QWidget *box) { answerBox(box, QMessageBox::Yes); }) << false;
         QTest::addRow("Escape stands for No")
             << Answer([](QWidget *box) { QTest::keyClick(box, Qt::Key_Escape); }) << true;
         QTest::addRow("Return presses No")
@@ -103,7 +98,7 @@ private Q_SLOTS:
     {
         Stage stage;
         showChangedProject(stage);
-        const Modal modal([](QWidget *box) { press(box, QMessageBox::No); });
+        const Modal modal([](QWidget *box) { answerBox(box, QMessageBox::No); });
         QVERIFY(!stage.window()->close());
         QVERIFY(modal.wasAnswered());
         QVERIFY(stage.window()->isVisible());
@@ -114,11 +109,11 @@ private Q_SLOTS:
         Stage stage;
         showChangedProject(stage);
         for (int turn = 0; turn < 2; ++turn) {
-            const Modal modal([](QWidget *box) { press(box, QMessageBox::No); });
+            const Modal modal([](QWidget *box) { answerBox(box, QMessageBox::No); });
             stage.action(u"Quit"_s)->trigger();
             QVERIFY(modal.wasAnswered());
         }
-        const Modal modal([](QWidget *box) { press(box, QMessageBox::Yes); });
+        const Modal modal([](QWidget *box) { answerBox(box, QMessageBox::Yes); });
         stage.action(u"Quit"_s)->trigger();
         QVERIFY(!stage.window()->isVisible());
     }

@@ -20,10 +20,8 @@ using Answer = std::function<void(QWidget *)>;
 static Answer choose(const QString &path)
 {
     return [path](QWidget *window) {
-        auto *dialog = qobject_cast<QFileDialog *>(window);
-        QVERIFY(dialog != nullptr);
-        dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
-        QMetaObject::invokeMethod(dialog, "accept");
+        QVERIFY(qobject_cast<QFileDialog *>(window) != nullptr);
+        enterPath(window, path);
     };
 }
 

@@ -16,22 +16,6 @@ using namespace Qt::StringLiterals;
 
 using Answer = std::function<void(QWidget *)>;
 
-namespace {
-
-void press(QWidget *box, QMessageBox::StandardButton button)
-{
-    qobject_cast<QMessageBox *>(box)->button(button)->click();
-}
-
-/// Types a path into a file dialog and accepts it.
-void enterPath(QWidget *dialog, const QString &path)
-{
-    dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
-    QMetaObject::invokeMethod(dialog, "accept");
-}
-
-} // namespace
-
 class TestDiscardPrompt : public QObject
 {
     Q_OBJECT
@@ -56,7 +40,7 @@ void TestDiscardPrompt::opening_asks_before_changes_are_discarded()
     const Modal modal([&stage](QWidget *window) {
         auto *box = qobject_cast<QMessageBox *>(window);
         QVERIFY(box != nullptr);
-        const auto done = qScopeGuard([box] { press(box, QMessageBox::No); });
+        const auto done = qScopeGuard([box] { answerBox(box, QMessageBox::No); });
         QCOMPARE(box->windowTitle(), u"Open Project"_s);
         QCOMPARE(box->text(), u"Discard current changes and open another project?"_s);
         QCOMPARE(box->icon(), QMessageBox::Question);
@@ -73,8 +57,8 @@ void TestDiscardPrompt::answer_decides_whether_changes_are_discarded_data()
 {
     QTest::addColumn<Answer>("answer");
     QTest::addColumn<bool>("opened");
-    QTest::newRow("Yes") << Answer([](QWidget *box) { press(box, QMessageBox::Yes); }) << true;
-    QTest::newRow("No") << Answer([](QWidget *box) { press(box, QMessageBox::No); }) << false;
+    QTest::newRow("Yes") << Answer([](QWidget *box) { answerBox(box, QMessageBox::Yes); }) << true;
+    QTest::newRow("No") << Answer([](QWidget *box) { answerBox(box, QMessageBox::No); }) << false;
     QTest::newRow("Escape") << Answer([](QWidget *box) { QTest::keyClick(box, Qt::Key_Escape); }) << false;
     QTest::newRow("Return") << Answer([](QWidget *box) { QTest::keyClick(box, Qt::Key_Return); }) << false;
     QTest::newRow("closed") << Answer([](QWidget *box) { box->close(); }) << false;
@@ -113,7 +97,7 @@ void TestDiscardPrompt::unchanged_project_is_discarded_unasked()
 {
     Stage stage;
     QVERIFY(makeProjectFile(stage.path(u"other.ormt"_s), oneOfEach()));
-    const Modal modal([](QWidget *box) { press(box, QMessageBox::No); });
+    const Modal modal([](QWidget *box) { answerBox(box, QMessageBox::No); });
     QVERIFY(stage.result("openProjectFromFile", stage.path(u"other.ormt"_s)));
     QVERIFY(!modal.wasAnswered());
 }
@@ -126,7 +110,7 @@ void TestDiscardPrompt::the_question_comes_after_the_file_dialog()
     std::unique_ptr<Modal> question;
     const Modal modal([&](QWidget *dialog) {
         enterPath(dialog, stage.path(u"other.ormt"_s));
-        question = std::make_unique<Modal>([](QWidget *box) { press(box, QMessageBox::Yes); });
+        question = std::make_unique<Modal>([](QWidget *box) { answerBox(box, QMessageBox::Yes); });
     });
     stage.action(u"Open Project"_s)->trigger();
     QVERIFY(question->wasAnswered());
@@ -140,13 +124,13 @@ void TestDiscardPrompt::the_question_comes_before_the_file_is_looked_at()
     const QString path = stage.path(u"missing.ormt"_s);
     const Modal modal([&](QWidget *box) {
         QVERIFY(onlyProjectIsConnected());
-        press(box, QMessageBox::No);
+        answerBox(box, QMessageBox::No);
     });
     QVERIFY(!stage.result("openProjectFromFile", path));
     QVERIFY(modal.wasAnswered());
     QVERIFY(!QFile::exists(path));
     // Nor does a path that can't be opened spare the question.
-    const Modal again([](QWidget *box) { press(box, QMessageBox::No); });
+    const Modal again([](QWidget *box) { answerBox(box, QMessageBox::No); });
     QVERIFY(!stage.result("openProjectFromFile", stage.path(u"no/where.ormt"_s)));
     QVERIFY(again.wasAnswered());
 }
@@ -163,7 +147,7 @@ void TestDiscardPrompt::what_happens_behind_the_question_counts()
         QVERIFY(stage.result("saveProjectToFile", stage.path(u"meanwhile.ormt"_s)));
         QVERIFY(stage.result("openProjectFromFile", inner));
         QVERIFY(stage.call("newProject"));
-        press(box, QMessageBox::Yes);
+        answerBox(box, QMessageBox::Yes);
     });
     QVERIFY(stage.result("openProjectFromFile", outer));
     QVERIFY(modal.wasAnswered());
@@ -194,7 +178,7 @@ void TestDiscardPrompt::opening_asks_nothing_in_test_mode()
     QVERIFY(makeProjectFile(stage.path(u"other.ormt"_s), oneOfEach()));
     Stage::setTestMode(true);
     {
-        const Modal modal([](QWidget *box) { press(box, QMessageBox::No); });
+        const Modal modal([](QWidget *box) { answerBox(box, QMessageBox::No); });
         QVERIFY(stage.result("openProjectFromFile", stage.path(u"other.ormt"_s)));
         QCoreApplication::processEvents();
         QVERIFY(!modal.wasAnswered());

@@ -19,18 +19,6 @@ using Answer = std::function<void(QWidget *)>;
 
 namespace {
 
-void press(QWidget *box, QMessageBox::StandardButton button)
-{
-    qobject_cast<QMessageBox *>(box)->button(button)->click();
-}
-
-/// Types a path into a file dialog and accepts it.
-void enterPath(QWidget *dialog, const QString &path)
-{
-    dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
-    QMetaObject::invokeMethod(dialog, "accept");
-}
-
 void reject(QWidget *dialog)
 {
     qobject_cast<QDialog *>(dialog)->reject();
@@ -210,7 +198,7 @@ void TestProjectDialogs::saving_over_a_file_fails_even_when_confirmed()
     {
         std::unique_ptr<Modal> confirmation;
         const Modal modal([&](QWidget *dialog) {
-            confirmation = std::make_unique<Modal>([](QWidget *box) { press(box, QMessageBox::Yes); });
+            confirmation = std::make_unique<Modal>([](QWidget *box) { answerBox(box, QMessageBox::Yes); });
             enterPath(dialog, path);
         });
         stage.action(u"Save As"_s)->trigger();
@@ -232,7 +220,7 @@ void TestProjectDialogs::replacement_that_is_not_confirmed_saves_nothing()
     stage.call("insertPersona", u"Number One"_s, u"Calm."_s);
     std::unique_ptr<Modal> confirmation;
     const Modal modal([&](QWidget *dialog) {
-        confirmation = std::make_unique<Modal>([](QWidget *box) { press(box, QMessageBox::No); });
+        confirmation = std::make_unique<Modal>([](QWidget *box) { answerBox(box, QMessageBox::No); });
         enterPath(dialog, path);
         reject(dialog);
     });

@@ -209,8 +209,7 @@ void TestSavingMeanwhile::answers_that_come_behind_a_file_dialog_are_saved()
     const QString path = stage.path(u"saved.ormt"_s);
     const Modal modal([&](QWidget *dialog) {
         const bool ended = finishRun(stage);
-        dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
-        QMetaObject::invokeMethod(dialog, "accept");
+        enterPath(dialog, path);
         QVERIFY(ended);
     });
     stage.action(u"Save As"_s)->trigger();
@@ -235,8 +234,7 @@ void TestSavingMeanwhile::answers_that_come_behind_the_discard_prompt_are_kept_o
     QVERIFY(startHeld(stage));
     const Modal modal([&](QWidget *box) {
         const bool ended = finishRun(stage);
-        const auto button = discarded ? QMessageBox::Yes : QMessageBox::No;
-        qobject_cast<QMessageBox *>(box)->button(button)->click();
+        answerBox(box, discarded ? QMessageBox::Yes : QMessageBox::No);
         QVERIFY(ended);
     });
     QCOMPARE(stage.result("openProjectFromFile", path), discarded);

@@ -2,7 +2,10 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QLineEdit>
 #include <QTimer>
+
+using namespace Qt::StringLiterals;
 
 Modal::Modal(std::function<void(QWidget *)> answerFunction)
     : answer(std::move(answerFunction))
@@ -19,6 +22,17 @@ void Modal::look()
     }
     answered = true;
     answer(window);
+}
+
+void answerBox(QWidget *box, QMessageBox::StandardButton button)
+{
+    qobject_cast<QMessageBox *>(box)->button(button)->click();
+}
+
+void enterPath(QWidget *dialog, const QString &path)
+{
+    dialog->findChild<QLineEdit *>("fileNameEdit"_L1)->setText(path);
+    QMetaObject::invokeMethod(dialog, "accept");
 }
 
 bool pressButton(QWidget *window, const QString &text)

@@ -1,10 +1,9 @@
 #pragma once
 
+#include <QMessageBox>
 #include <QObject>
 
 #include <functional>
-
-class QWidget;
 
 /// Waits in the event loop for the next modal window and hands it to a function, once. It is made before the call that
 /// opens the window, since that call only returns when the window is closed; the function has to close it.
@@ -24,6 +23,12 @@ private:
     std::function<void(QWidget *)> answer;
     bool answered = false;
 };
+
+/// Answers a message box with one of its standard buttons.
+void answerBox(QWidget *box, QMessageBox::StandardButton button);
+
+/// Types a path into a file dialog of Qt's own form and accepts it.
+void enterPath(QWidget *dialog, const QString &path);
 
 /// Presses the button of this text, with or without a mnemonic, in a window; false where there is none.
 bool pressButton(QWidget *window, const QString &text);

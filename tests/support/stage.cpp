@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QRegularExpression>
 #include <QSettings>
 #include <QSqlError>
@@ -157,7 +156,7 @@ QList<QStringList> Stage::cells(const QTableWidget *table)
 
 bool Stage::asksBeforeClosing()
 {
-    const Modal modal([](QWidget *box) { qobject_cast<QMessageBox *>(box)->button(QMessageBox::No)->click(); });
+    const Modal modal([](QWidget *box) { answerBox(box, QMessageBox::No); });
     QCloseEvent event;
     QCoreApplication::sendEvent(window(), &event);
     return modal.wasAnswered();

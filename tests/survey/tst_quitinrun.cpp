@@ -26,11 +26,6 @@ private Q_SLOTS:
 
 namespace {
 
-void answerBox(QWidget *box, QMessageBox::StandardButton button)
-{
-    qobject_cast<QMessageBox *>(box)->button(button)->click();
-}
-
 /// Starts a run with the window shown, and stops it while the second pair is being asked.
 bool startStalling(SurveyStage &stage, const Reply &second)
 {
