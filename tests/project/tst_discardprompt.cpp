@@ -3,8 +3,6 @@
 #include "tests/project/projectfile.h"
 #include "tests/support/modal.h"
 
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QScopeGuard>
 #include <QTest>
