@@ -5,7 +5,7 @@
 
 #include <utility>
 
-/// What a persona has been told and has said, up to a question.
+/// What a persona was sent and has said, up to a question.
 struct ConversationLog
 {
     QString systemPrompt;

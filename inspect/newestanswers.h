@@ -17,7 +17,7 @@ struct ShownAnswer
     QString reasoning;
 };
 
-/// The reasoning by the JSON that it was parsed from: a refresh meets all the answers of the refresh before again.
+/// The reasoning by the JSON that it was parsed from: a refresh meets all the answers of the last refresh again.
 using ReasoningCache = QCache<QString, QString>;
 
 /// The newest answer of each persona to each question, read in one pass: what

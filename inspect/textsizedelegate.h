@@ -22,7 +22,7 @@ public:
 private:
     void startGeneration();
 
-    /// The sizes asked for since the model was filled, and those of the filling before. What neither of the last two
+    /// The sizes asked for since the model was filled, and those of the previous filling. What neither of the last two
     /// fillings showed is forgotten.
     mutable QHash<QString, QSize> sizes;
     mutable QHash<QString, QSize> earlierSizes;

@@ -11,7 +11,7 @@ inline constexpr QStringView selectPersonaRows =
 inline constexpr QStringView insertPersonaRow =
     u"INSERT INTO personas (uuid,name,attributes,system_prompt,notes,created_at,modified_at) VALUES (?,?,?,?,?,?,?)";
 
-/// Runs @p insert on @p target with the values of the row that @p row stands on, each as it came.
+/// Runs @p insert on @p target with the values of the current row of @p row, each unchanged.
 /// A failure is logged nowhere; the query tells of it.
 QSqlQuery insertRow(const QSqlDatabase &target, QStringView insert, const QSqlQuery &row);
 

@@ -1,4 +1,4 @@
-// The personas and tags of a persona pack copied into the project, with their keys as they stand: a persona that the
+// The personas and tags of a persona pack copied into the project, with their keys unchanged: a persona that the
 // project has already stays as it is, and a tag id means in the project whatever tag has it there.
 
 #include "app/mainwindow.h"

@@ -4,7 +4,7 @@
 
 class QLineEdit;
 
-/// The key of the chat API and the two model names. OK stores all three as they stand; nothing is checked or trimmed.
+/// The key of the chat API and the two model names. OK stores all three unchanged; nothing is checked or trimmed.
 class PreferencesDialog : public QDialog
 {
     Q_OBJECT

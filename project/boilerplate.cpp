@@ -53,7 +53,7 @@ void MainWindow::preambleChanged()
 {
     if (!db.isOpen())
         return;
-    // From the table: while a project is being loaded postambleEdit still shows the text of the one before.
+    // From the table: while a project is being loaded postambleEdit still shows the text of the former one.
     QVariant postamble = u""_s;
     {
         QSqlQuery query(db);

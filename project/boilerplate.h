@@ -6,7 +6,7 @@
 
 class QSqlDatabase;
 
-/// The texts put before and after the persona in what the model is told.
+/// The texts put before and after the persona in what is sent to the model.
 struct Boilerplate
 {
     QString preamble;

@@ -63,6 +63,8 @@ void MainWindow::resetProjectTables()
     if (!db.isOpen())
         return;
 
+    // What was parsed for the grid belongs to the project that goes.
+    parsedReasonings.clear();
     // Children before parents, and the numbering last, so that it starts afresh.
     static constexpr QLatin1StringView names[] = {
         "responses"_L1, "persona_tags"_L1, "tags"_L1,     "question_attachments"_L1, "questions"_L1,

@@ -40,7 +40,7 @@ bool MainWindow::openProjectFromFile(const QString &path)
         qWarning().noquote() << "failed to open project" << file.errorText();
         return false;
     }
-    // From here on the project of before is given up.
+    // From here on the former project is given up.
     dropQuestionModel();
     if (db.isOpen())
         resetProjectTables();

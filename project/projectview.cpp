@@ -17,7 +17,7 @@ void MainWindow::loadProject()
         return;
 
     showBoilerplate();
-    // The filter of before goes into the statement even where the refilled combo no longer offers it.
+    // The former filter goes into the statement even where the refilled combo no longer offers it.
     const bool tagged = hasTable(db, "tags"_L1);
     const QString filter = refillTagFilter(tagFilter, db, tagged);
     if (!fillPersonaTable(personaTable, db, tagged, filter))

@@ -4,7 +4,7 @@
 #include <QString>
 
 /// A second connection, to a SQLite file, that exists during one call: opened when it is made, closed and its name
-/// given free again when it goes. Queries on it have to go before it does.
+/// released when it goes. Queries on it have to go before it does.
 ///
 /// SQLite makes a file that does not exist, and takes one that is no database for open until it is read; only a folder,
 /// or a path in a folder that is not there, fails to open.

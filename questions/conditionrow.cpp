@@ -1,5 +1,6 @@
 #include "questions/conditionrow.h"
 
+#include "app/mainwindow.h"
 #include "questions/labels.h"
 
 #include <QComboBox>
@@ -13,7 +14,7 @@ ConditionRow::ConditionRow(const QSqlDatabase &project)
     , comparisonChooser(new QComboBox)
     , answerChooser(new QComboBox)
 {
-    comparisonChooser->addItems({u"was"_s, u"wasn't"_s});
+    comparisonChooser->addItems({MainWindow::tr("was"), MainWindow::tr("wasn't")});
     for (QComboBox *chooser : {questionChooser, comparisonChooser, answerChooser}) {
         addWidget(chooser);
         chooser->hide();

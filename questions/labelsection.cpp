@@ -1,5 +1,7 @@
 #include "questions/labelsection.h"
 
+#include "app/mainwindow.h"
+
 #include <QBoxLayout>
 #include <QInputDialog>
 #include <QLabel>
@@ -83,8 +85,8 @@ void LabelSection::append(const QString &label)
 void LabelSection::addLabel()
 {
     bool accepted = false;
-    const QString label =
-        QInputDialog::getText(window(), tr("Add Label"), tr("Label:"), QLineEdit::Normal, QString(), &accepted);
+    const QString label = QInputDialog::getText(window(), MainWindow::tr("Add Label"), MainWindow::tr("Label:"),
+                                                QLineEdit::Normal, QString(), &accepted);
     if (!accepted || label.isEmpty())
         return;
     append(label);

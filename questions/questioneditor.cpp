@@ -22,7 +22,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What the dialog takes from a question; as it stands here for a new one.
+/// What the dialog takes from a question; these values are those of a new one.
 struct QuestionTexts
 {
     int id = -1;

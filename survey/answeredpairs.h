@@ -10,7 +10,7 @@
 
 /// Tells which questions each persona has any answer to, as
 /// "SELECT COUNT(*) FROM responses WHERE persona_uuid=? AND question_id=?" would for each pair, at the cost of one
-/// statement for a persona and of one for all where many are asked for. To be used while the table stands still.
+/// statement for a persona and of one for all where many are asked for. Valid as long as nobody writes to the table.
 class AnsweredPairs
 {
 public:

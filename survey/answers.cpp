@@ -75,7 +75,7 @@ ParsedAnswer SurveyRunner::interpretAnswer(const QString &text, const QString &a
         parsed.jsonAnswer = QString::fromUtf8(document->toJson(QJsonDocument::Compact));
     } else if (answerType == AnswerType::singleChoice || answerType == AnswerType::multiChoice ||
                answerType == AnswerType::likert || answerType == AnswerType::ranking) {
-        // Not the text column: what stands there is replayed to the persona as its own words.
+        // Not the text column: that one is replayed to the persona as its own words.
         parsed.jsonAnswer = text;
     } else {
         takeText(text, numeric, parsed);

@@ -15,7 +15,7 @@ struct ParsedAnswer
 };
 
 /// The one text by which an answer is shown: its text if not empty, else its number with six significant digits, else
-/// its JSON as it stands.
+/// its JSON unchanged.
 QString displayValue(const ParsedAnswer &answer);
 
 /// The reasoning that came with an answer, empty where there is none.

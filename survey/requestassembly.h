@@ -8,7 +8,7 @@
 struct PersonaEntry;
 struct QuestionEntry;
 
-// What the model is told when one persona is asked one question, made of plain values.
+// What is sent to the model when one persona is asked one question, made of plain values.
 
 /// A question that the persona has answered before, and its answer as text (empty for one that is no text).
 struct Exchange

@@ -19,7 +19,7 @@ struct QuestionEntry
 {
     int id = 0;
     QString prompt;
-    /// Adjudicated: another model answers it, and its answer is not told to the persona later on.
+    /// Adjudicated: another model answers it, and its answer is left out of what the persona is sent later on.
     bool judge = false;
     QString answerType;
     /// The encoded column text, see questions/labels.h.

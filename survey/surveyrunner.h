@@ -21,14 +21,15 @@ class SurveyRunner : public QObject
     Q_OBJECT
 
 public:
-    /// @p mainWindow is refreshed after each answer and @p logWindow told of each message; both may be null, and the
+    /// @p mainWindow is refreshed after each answer and @p logWindow given each message; both may be null, and the
     /// log may go away at any time.
     SurveyRunner(MainWindow *mainWindow, const QSqlDatabase &database, ChatLogWindow *logWindow, QObject *parent);
 
     /// Starts the run, once. In test mode and without a key of the API all of it happens before this returns.
     void start();
 
-    /// Splits the text of a reply into the columns of an answer. Never fails: what is no JSON object is kept as it is.
+    /// Splits the text of a reply into the columns of an answer. Never fails: what is no JSON object is kept unchanged.
+    /// In survey/answers.cpp, beside the functions that read an answer back.
     static ParsedAnswer interpretAnswer(const QString &text, const QString &answerType);
 
 Q_SIGNALS:
