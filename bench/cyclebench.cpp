@@ -17,14 +17,23 @@ using standin::ChatEndpoint;
 using standin::Reply;
 using Unit = Report::Unit;
 
-static constexpr int personas = 200;
-static constexpr int questions = 20;
-static constexpr int cycles = 2 * questions; // so that all answers have histories of the same lengths
+namespace {
+
+struct RunSize
+{
+    int personas;
+    int questions;
+
+    /// So that all answers have histories of the same lengths.
+    int cycles() const { return 2 * questions; }
+};
 
 enum class Grid { Rebuilt, LeftOut };
 
+} // namespace
+
 /// Notes the times from one refresh of the grid to the next, less the time that the endpoint took for itself.
-static Samples runCycles(Survey &survey, const ChatEndpoint &endpoint, Grid grid)
+static Samples runCycles(Survey &survey, const ChatEndpoint &endpoint, int cycles, Grid grid)
 {
     Samples samples;
     QEventLoop loop;
@@ -48,37 +57,41 @@ static Samples runCycles(Survey &survey, const ChatEndpoint &endpoint, Grid grid
 }
 
 /// The median time of one answer, after which so many are there.
-static double cycleTime(int answer, Grid grid)
+static double cycleTime(const RunSize &size, int answer, Grid grid)
 {
-    const int before = answer == 1 ? 0 : answer - cycles;
-    Survey survey(personas, questions, before, Survey::Tab::InFront);
+    const int before = answer == 1 ? 0 : answer - size.cycles();
+    Survey survey(size.personas, size.questions, before, Survey::Tab::Results);
     QSettings().setValue(u"openai/api_key"_s, u"none"_s);
     ChatEndpoint endpoint;
     const standin::Detour detour(endpoint);
     endpoint.answerWith([&](const standin::Request &) {
         return Reply::toolCall(Survey::replyObject(before + int(endpoint.requests().size())));
     });
-    const double median = runCycles(survey, endpoint, grid).median();
+    const double median = runCycles(survey, endpoint, size.cycles(), grid).median();
     QSettings().clear();
     return median;
 }
 
-static void askOne(benchmark::State &state, int answer)
+static void askOne(benchmark::State &state, const RunSize &size, int answer)
 {
     for ([[maybe_unused]] const auto _ : state) {
-        const double cycle = cycleTime(answer, Grid::Rebuilt);
+        const double cycle = cycleTime(size, answer, Grid::Rebuilt);
         state.SetIterationTime(cycle);
         state.counters["cycle"] = cycle;
-        state.counters["rest"] = cycleTime(answer, Grid::LeftOut);
+        state.counters["rest"] = cycleTime(size, answer, Grid::LeftOut);
     }
 }
 
-void addCycleBenchmarks(Report &report)
+void addCycleBenchmarks(Report &report, Extent extent)
 {
-    report.addTable("cycle", "One answer over TLS in a run of 200x20, the endpoint's own time taken off",
+    const bool isSmoke = extent == Extent::Smoke;
+    const RunSize size = isSmoke ? RunSize{15, 9} : RunSize{200, 20};
+    const std::string title = "One answer over TLS in a run of " + std::to_string(size.personas) + "x" +
+                              std::to_string(size.questions) + ", the endpoint's own time taken off";
+    report.addTable("cycle", title,
                     {{"whole cycle", "cycle", Unit::Milliseconds}, {"without the grid", "rest", Unit::Milliseconds}});
-    for (const int answer : {1, 1000, 4000}) {
-        benchmark::RegisterBenchmark("cycle/answer " + std::to_string(answer), askOne, answer)
+    for (const int answer : isSmoke ? std::vector{1} : std::vector{1, 1000, 4000}) {
+        benchmark::RegisterBenchmark("cycle/answer " + std::to_string(answer), askOne, size, answer)
             ->Iterations(1)
             ->UseManualTime();
     }

@@ -118,7 +118,7 @@ static void refreshGrid(benchmark::State &state, const Size &size, Survey::Tab t
     }
 }
 
-void addGridBenchmarks(Report &report)
+void addGridBenchmarks(Report &report, Extent extent)
 {
     report.addTable("grid", "One refresh of the results grid",
                     {{"call", "call", Unit::Milliseconds},
@@ -131,10 +131,12 @@ void addGridBenchmarks(Report &report)
                      {"with layout : floor", "whole ratio", Unit::Ratio},
                      {"literal", "literal whole", Unit::Milliseconds},
                      {"per cell", "whole per cell", Unit::Nanoseconds}});
-    static constexpr Size sizes[] = {
+    QList<Size> sizes{
         {15, 9, 31, true}, {50, 20, 15, true}, {200, 20, 15, true}, {1000, 20, 9, false}, {2000, 50, 5, false}};
-    for (const Size &size : sizes) {
-        for (const auto &[tab, name] : {std::pair(Survey::Tab::InFront, "in front"), {Survey::Tab::Behind, "behind"}}) {
+    if (extent == Extent::Smoke)
+        sizes = {{15, 9, 1, true}};
+    for (const Size &size : std::as_const(sizes)) {
+        for (const auto &[tab, name] : {std::pair(Survey::Tab::Results, "in front"), {Survey::Tab::Empty, "behind"}}) {
             const std::string title =
                 "grid/" + std::to_string(size.personas) + "x" + std::to_string(size.questions) + ", " + name;
             benchmark::RegisterBenchmark(title, refreshGrid, size, tab)->Iterations(size.iterations)->UseManualTime();

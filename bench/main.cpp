@@ -1,27 +1,27 @@
-// Prints a table of what the program costs, each figure beside one of the same run to measure it against.
+// Prints a table of what the program costs, each figure beside one of the same run to measure it against. With --smoke
+// every benchmark runs once and in a small size: the figures mean nothing then, but they are all there.
 
 #include "bench/report.h"
 #include "bench/startbench.h"
 #include "bench/suites.h"
+#include "standin/privatehome.h"
 
 #include <QApplication>
-#include <QSettings>
 #include <QTemporaryDir>
 
+#include <algorithm>
+#include <cstdio>
 #include <string_view>
 
 using namespace Qt::StringLiterals;
 
-/// Nothing of the user's is read or written, by this process or by those that it starts.
-static void moveInto(const QTemporaryDir &home)
+/// Takes a flag out of the arguments; false where it is not among them.
+static bool take(int &argc, char *argv[], std::string_view flag)
 {
-    qputenv("HOME", QFile::encodeName(home.path()));
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.filePath(u".config"_s)));
-    qputenv("XDG_CACHE_HOME", QFile::encodeName(home.filePath(u".cache"_s)));
-    qunsetenv("ORRINET_TEST_MODE");
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, home.filePath(u".config"_s));
+    char **const end = argv + argc;
+    char **const kept = std::remove_if(argv + 1, end, [flag](const char *argument) { return argument == flag; });
+    argc = int(kept - argv);
+    return kept != end;
 }
 
 static void quiet(QtMsgType type, const QMessageLogContext & /*context*/, const QString &message)
@@ -36,18 +36,25 @@ int main(int argc, char *argv[])
     QCoreApplication::setOrganizationName(u"Orrinet"_s);
     QCoreApplication::setApplicationName(u"Orrinet"_s);
     const std::string_view mode = argc > 1 ? argv[1] : "";
-    if (mode == showEmptyArgument || mode == showProgramArgument)
-        return showWindow(argc, argv, mode == showEmptyArgument);
+    if (mode == showEmptyArgument || mode == showFloorArgument || mode == showProgramArgument)
+        return showWindow(argc, argv, mode);
 
     const QTemporaryDir home;
-    moveInto(home);
+    leaveUsersHome(home.path());
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const Extent extent = take(argc, argv, "--smoke") ? Extent::Smoke : Extent::Whole;
     benchmark::Initialize(&argc, argv);
     const QApplication application(argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 2;
     Report report;
-    addStartBenchmarks(report);
-    addGridBenchmarks(report);
-    addCycleBenchmarks(report);
-    addRunBenchmarks(report);
+    addStartBenchmarks(report, extent);
+    addPanelBenchmarks(report, extent);
+    addGridBenchmarks(report, extent);
+    addFileBenchmarks(report, extent);
+    addCycleBenchmarks(report, extent);
+    addRunBenchmarks(report, extent);
     benchmark::RunSpecifiedBenchmarks(&report);
     report.print();
     return 0;

@@ -1,8 +1,11 @@
 #pragma once
 
-/// The program's window, or an empty one, from the start of the process until it stands and the event loop is idle.
+#include <string_view>
+
+/// The window that the argument names, from the start of the process until it is shown and the event loop is idle.
 /// Says so with one line on standard output and ends.
-int showWindow(int argc, char *argv[], bool empty);
+int showWindow(int argc, char *argv[], std::string_view mode);
 
 inline constexpr auto showEmptyArgument = "--show-empty";
+inline constexpr auto showFloorArgument = "--show-floor";
 inline constexpr auto showProgramArgument = "--show-program";

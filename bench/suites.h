@@ -2,9 +2,14 @@
 
 class Report;
 
+/// Every benchmark in all its sizes, or each of them once in a small one.
+enum class Extent { Whole, Smoke };
+
 // Each registers its benchmarks with the library and describes their table to the report.
 
-void addGridBenchmarks(Report &report);
-void addCycleBenchmarks(Report &report);
-void addRunBenchmarks(Report &report);
-void addStartBenchmarks(Report &report);
+void addFileBenchmarks(Report &report, Extent extent);
+void addGridBenchmarks(Report &report, Extent extent);
+void addPanelBenchmarks(Report &report, Extent extent);
+void addCycleBenchmarks(Report &report, Extent extent);
+void addRunBenchmarks(Report &report, Extent extent);
+void addStartBenchmarks(Report &report, Extent extent);

@@ -45,17 +45,29 @@ static QString words(QRandomGenerator &random, int least, int most)
     return text.left(length);
 }
 
-Survey::Survey(int personaCount, int questionCount, int answers, Tab tab)
+static QString titleOf(Survey::Tab tab)
+{
+    switch (tab) {
+    case Survey::Tab::Results:
+        return u"Results"_s;
+    case Survey::Tab::Personas:
+        return u"Digital Twins"_s;
+    case Survey::Tab::Empty:
+        break;
+    }
+    return u"Marketplace"_s;
+}
+
+Survey::Survey(int personaCount, int questionCount, int answers, Tab tab, int narrative)
     : personas(personaCount)
     , questions(questionCount)
     , window(std::make_unique<MainWindow>(nullptr))
 {
-    addPersonas();
+    addPersonas(narrative);
     addQuestions();
     addAnswers(0, answers);
     auto *tabs = window->findChild<QTabWidget *>();
-    const QString title = tab == Tab::InFront ? u"Results"_s : u"Marketplace"_s;
-    while (tabs->tabText(tabs->currentIndex()) != title)
+    while (tabs->tabText(tabs->currentIndex()) != titleOf(tab))
         tabs->setCurrentIndex(tabs->currentIndex() + 1);
     window->show();
     call("loadProject");
@@ -75,6 +87,12 @@ bool Survey::call(const char *slot)
     return QMetaObject::invokeMethod(window.get(), slot, Qt::DirectConnection);
 }
 
+void Survey::call(const char *slot, const QString &path)
+{
+    if (!QMetaObject::invokeMethod(window.get(), slot, Qt::DirectConnection, path))
+        qFatal("no slot %s", slot);
+}
+
 QTableWidget *Survey::table()
 {
     return window->findChild<QTableWidget *>(u"resultsTable"_s);
@@ -85,14 +103,15 @@ QSqlDatabase Survey::database() const
     return QSqlDatabase::database(u"project"_s, false);
 }
 
-void Survey::addPersonas()
+void Survey::addPersonas(int narrative)
 {
     QSqlDatabase db = database();
     db.transaction();
     QSqlQuery query = prepared(db, u"INSERT INTO personas (uuid,name,attributes) VALUES (?,?,?)"_s);
     QRandomGenerator random(1);
     for (int index = 0; index < personas; ++index) {
-        run(query, {uuidOf(index), u"Persona %1"_s.arg(index, 5, 10, QLatin1Char('0')), words(random, 60, 200)});
+        run(query, {uuidOf(index), u"Persona %1"_s.arg(index, 5, 10, QLatin1Char('0')),
+                    words(random, narrative * 3 / 10, narrative)});
     }
     db.commit();
 }

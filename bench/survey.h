@@ -12,16 +12,23 @@ class QTableWidget;
 class Survey
 {
 public:
-    enum class Tab { InFront, Behind };
+    /// The tab in front: the grid's, the persona list's, or the Marketplace, which has nothing to lay out.
+    enum class Tab { Results, Personas, Empty };
 
-    /// @p answers of the pairs are answered, persona by persona. The window is shown with the Results tab in front, or
-    /// behind the Marketplace, which has nothing to lay out.
-    Survey(int personaCount, int questionCount, int answers, Tab tab);
+    /// @p answers of the pairs are answered, persona by persona.
+    Survey(int personaCount, int questionCount, int answers, Tab tab, int narrative = 200);
     ~Survey();
     Q_DISABLE_COPY_MOVE(Survey)
 
     bool call(const char *slot);
+    /// Calls a slot of the window that takes a path.
+    void call(const char *slot, const QString &path);
     void refresh() { call("loadResults"); }
+    template<typename Widget>
+    Widget *find(const QString &name)
+    {
+        return window->findChild<Widget *>(name);
+    }
     QTableWidget *table();
     QSqlDatabase database() const;
 
@@ -34,7 +41,7 @@ public:
     static QString replyObject(int pair);
 
 private:
-    void addPersonas();
+    void addPersonas(int narrative);
     void addQuestions();
 
     int personas;

@@ -26,8 +26,8 @@ if(ORRINET_SANITIZE)
     target_link_options(orrinet-flags INTERFACE -fsanitize=address,undefined)
 endif()
 
-# The tests are a hundred programs, which LLVM's linker links in a quarter of the time. What is made to be installed is
-# left to the system's own.
+# Each test program holds the whole library, and LLVM's linker links it in a quarter of the time. What is made to be
+# installed is left to the system's own.
 find_program(ORRINET_LLD ld.lld)
 mark_as_advanced(ORRINET_LLD)
 if(ORRINET_LLD AND CMAKE_BUILD_TYPE STREQUAL "Debug" AND NOT APPLE AND NOT MSVC)

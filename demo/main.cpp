@@ -4,38 +4,19 @@
 #include "preferences/settings.h"
 #include "standin/chatendpoint.h"
 #include "standin/detour.h"
+#include "standin/privatehome.h"
 #include "standin/respondent.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
-#include <QFile>
 #include <QProcess>
-#include <QSettings>
 #include <QTemporaryDir>
 #include <QTextStream>
 
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
-
-/// From here on nothing of the user's own is read or written: neither settings nor what file dialogs remember.
-static void leaveUsersHome(const QString &home)
-{
-    // The display's key lies in the home too unless the environment says otherwise.
-    const QString displayKey = QDir::home().filePath(u".Xauthority"_s);
-    if (!qEnvironmentVariableIsSet("XAUTHORITY") && QFile::exists(displayKey))
-        qputenv("XAUTHORITY", QFile::encodeName(displayKey));
-    qputenv("HOME", QFile::encodeName(home));
-    for (const char *folder : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
-        qunsetenv(folder);
-    // A file in that home on every system, where the native store could be a registry.
-    QSettings::setDefaultFormat(QSettings::IniFormat);
-    for (const auto format : {QSettings::IniFormat, QSettings::NativeFormat})
-        QSettings::setPath(format, QSettings::UserScope, home);
-    // In test mode the window would answer the questions itself.
-    qunsetenv("ORRINET_TEST_MODE");
-}
 
 /// Keeps the offscreen platform's remarks on what it lacks out of the demo's output.
 static void dropPlatformRemarks()
@@ -132,6 +113,7 @@ int main(int argc, char *argv[])
     static const QTemporaryDir home(QDir::temp().filePath(u"orrinet-demo-XXXXXX"_s));
     if (!home.isValid())
         return failed({home.errorString()});
+    // Neither settings nor what file dialogs remember are the user's from here on.
     leaveUsersHome(home.path());
     dropPlatformRemarks();
     const QApplication application(argc, argv);

@@ -15,7 +15,7 @@ struct Certificate
     QSslKey key;
 };
 
-/// Made with the openssl program at the first call for an identity, and the same for the rest of the process.
+/// Made at the first call for an identity, and the same for the rest of the process; the keys exist in memory only.
 Certificate certificateFor(Identity identity);
 
 } // namespace standin

@@ -1,9 +1,9 @@
-orrinet_test(inspect/tst_chatlogwindow.cpp)
-orrinet_test(inspect/tst_gridrefresh.cpp)
-orrinet_test(inspect/tst_newestanswers.cpp)
-orrinet_test(inspect/tst_resultcells.cpp)
-orrinet_test(inspect/tst_resultsgrid.cpp)
-orrinet_test(inspect/tst_textsizedelegate.cpp)
-orrinet_test(inspect/tst_conversation.cpp)
-orrinet_test(inspect/tst_showconversation.cpp)
-orrinet_test(inspect/tst_conversationtext.cpp)
+orrinet_tests(inspect
+    CLASSES
+        tst_chatlogwindow
+        tst_conversation
+        tst_gridrefresh
+        tst_newestanswers
+        tst_resultsgrid
+        tst_showconversation
+        tst_textsizedelegate)

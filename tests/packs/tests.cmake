@@ -1,14 +1,17 @@
-orrinet_test(packs/tst_packexport.cpp)
-orrinet_test(packs/tst_packexportover.cpp)
-orrinet_test(packs/tst_packimport.cpp)
-orrinet_test(packs/tst_packreplace.cpp)
-orrinet_test(packs/tst_packmerge.cpp)
-orrinet_test(packs/tst_packfailures.cpp)
-orrinet_test(packs/tst_packbrowsing.cpp)
-orrinet_test(packs/tst_packtagfilter.cpp)
-orrinet_test(packs/tst_packoperations.cpp)
-orrinet_test(packs/tst_packwithoutproject.cpp)
-orrinet_test(packs/tst_packpaths.cpp)
-orrinet_test(packs/tst_packdialogs.cpp)
-orrinet_test(packs/tst_packroundtrip.cpp)
-orrinet_test(packs/tst_packlocked.cpp)
+orrinet_tests(packs
+    SOURCES importing.h samplepacks.cpp samplepacks.h
+    CLASSES
+        tst_packbrowsing
+        tst_packdialogs
+        tst_packexport
+        tst_packexportover
+        tst_packimport
+        tst_packimportfailures
+        tst_packlocked
+        tst_packoperations
+        tst_packpaths
+        tst_packreplace
+        tst_packroundtrip
+        tst_packtagfilter
+        tst_packtagmerge
+        tst_packwithoutproject)

@@ -1,10 +1,13 @@
 // Packs that another connection keeps locked. SQLite's driver tries for five seconds at each statement, which it counts
 // by the naps that it takes.
 
-#include "tests/packs/importbox.h"
-#include "tests/packs/packbrowser.h"
+#include "tests/packs/importing.h"
+#include "tests/packs/samplepacks.h"
 #include "tests/support/messagelog.h"
+#include "tests/support/testcase.h"
 
+#include <QComboBox>
+#include <QTableWidget>
 #include <QTest>
 
 #ifdef Q_OS_LINUX
@@ -30,16 +33,16 @@ private Q_SLOTS:
         QVERIFY(showProject(stage));
         const QString path = writeCoastalPack(stage.path(u"coast.ornk"_s));
         {
-            FileDatabase other(path);
+            SideDatabase other(path);
             QVERIFY(other.exec(u"BEGIN EXCLUSIVE"_s));
             const MessageLog log;
-            QVERIFY(stage.call("loadPack", path));
+            stage.call("loadPack", path);
             QCOMPARE(log.warnings(), QStringList{u"database is locked Unable to execute statement"_s});
             QCOMPARE(personaTable(stage)->rowCount(), 0);
-            QCOMPARE(entries(tagFilter(stage)), QStringList{u"All"_s});
+            QCOMPARE(items(tagFilter(stage)), QStringList{u"All"_s});
         }
-        QVERIFY(stage.call("applyTagFilter"));
-        QCOMPARE(shownNames(stage), coastalNames());
+        stage.call("applyTagFilter");
+        QCOMPARE(shownPersonas(stage), coastalNames());
     }
 
     void a_locked_pack_brings_nothing_and_counts_as_a_change()
@@ -47,14 +50,14 @@ private Q_SLOTS:
         Stage stage;
         QVERIFY(showProject(stage));
         const QString path = writeCoastalPack(stage.path(u"coast.ornk"_s));
-        const QStringList rows = everyRow(stage.project());
+        const QStringList rows = everyRow(stage.database());
         const QuietRefresh quiet(stage);
         {
-            FileDatabase other(path);
+            SideDatabase other(path);
             QVERIFY(other.exec(u"BEGIN EXCLUSIVE"_s));
             QVERIFY(importAppending(stage, path));
         }
-        QCOMPARE(everyRow(stage.project()), rows);
+        QCOMPARE(everyRow(stage.database()), rows);
         QVERIFY(stage.asksBeforeClosing());
         QCOMPARE(QSqlDatabase::connectionNames(), QStringList{u"project"_s});
     }
@@ -62,19 +65,19 @@ private Q_SLOTS:
     void exporting_to_a_locked_pack_succeeds_and_adds_nothing()
     {
         Stage stage;
-        QVERIFY(enter(stage, {persona(u"u1"_s, u"Mine"_s)}));
+        QVERIFY(showProject(stage));
         const QString path = writeCoastalPack(stage.path(u"coast.ornk"_s));
-        const QByteArray bytes = bytesOf(path);
+        const QByteArray bytes = readBytes(path);
         {
-            FileDatabase other(path);
+            SideDatabase other(path);
             QVERIFY(other.exec(u"BEGIN EXCLUSIVE"_s));
             QVERIFY(stage.result("exportPackToFile", path));
         }
-        QCOMPARE(bytesOf(path), bytes);
+        QCOMPARE(readBytes(path), bytes);
         QVERIFY(stage.result("exportPackToFile", path));
-        QVERIFY(bytesOf(path) != bytes);
+        QVERIFY(readBytes(path) != bytes);
     }
 };
 
-QTEST_MAIN(TestPackLocked)
+ORRINET_TEST(TestPackLocked)
 #include "tst_packlocked.moc"

@@ -1,30 +1,35 @@
 // An import into a project that has personas: the question, and what "Replace" gives up.
 
-#include "tests/packs/importbox.h"
-#include "tests/packs/packfile.h"
+#include "tests/packs/importing.h"
+#include "tests/packs/samplepacks.h"
 #include "tests/support/messagelog.h"
+#include "tests/support/testcase.h"
 
+#include <QComboBox>
 #include <QMessageBox>
+#include <QTableWidget>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
+using BoxAnswer = std::function<void(QWidget *)>;
+
 /// A project with something in every table.
 static bool fillProject(Stage &stage)
 {
-    return enterPersona(stage, u"u1"_s, u"Mine"_s) && enterPersona(stage, u"u2"_s, u"Other"_s) &&
-           enterTag(stage, u"u1"_s, u"urban"_s) && stage.call("insertQuestion", u"What from?"_s, u"text"_s, false) &&
-           enter(stage, {u"INSERT INTO question_attachments (question_id, filename) VALUES (1, 'map.png')"_s,
-                         u"INSERT INTO metadata VALUES ('key', 'value')"_s,
-                         u"UPDATE boilerplate SET preamble = 'Be', postamble = 'now'"_s}) &&
+    return enterBeekeeper(stage, u"u1"_s, u"Mine"_s, {u"urban"_s}) && enterBeekeeper(stage, u"u2"_s, u"Other"_s) &&
+           enter(stage, QuestionEntered{.prompt = u"What from?"_s}) && setBoilerplate(stage, u"Be"_s, u"now"_s) &&
+           stage.exec({u"INSERT INTO question_attachments (question_id, filename) VALUES (1, 'map.png')"_s,
+                       u"INSERT INTO metadata VALUES ('key', 'value')"_s}) &&
            stage.call("loadProject") && stage.result("saveProjectToFile", stage.path(u"project.ormt"_s));
 }
 
-/// A persona that the project has, and one that it has not.
-static QString twins(Stage &stage)
+/// A pack of a persona that the project has, and one that it has not.
+static QString writeTwins(const Stage &stage)
 {
-    return writePack(stage.path(u"twins.ornk"_s), {persona(u"u1"_s, u"Theirs"_s), persona(u"u3"_s, u"Third"_s),
-                                                   tag(1, u"rural"_s), link(u"u1"_s, 1)});
+    return packOf(stage.path(u"twins.ornk"_s),
+                  PersonaEntered{.uuid = u"u1"_s, .name = u"Theirs"_s, .tags = {u"rural"_s}},
+                  PersonaEntered{.uuid = u"u3"_s, .name = u"Third"_s});
 }
 
 /// The five tables that no import touches.
@@ -33,7 +38,7 @@ static QStringList untouched(Stage &stage)
     QStringList rows;
     for (const QString &table :
          {u"questions"_s, u"question_attachments"_s, u"boilerplate"_s, u"metadata"_s, u"sqlite_sequence"_s})
-        rows.append(literals(stage.project(), u"SELECT * FROM "_s + table));
+        rows.append(literals(stage.database(), u"SELECT * FROM "_s + table));
     return rows;
 }
 
@@ -69,22 +74,21 @@ private Q_SLOTS:
             QCOMPARE(box->defaultButton(), nullptr);
             QCOMPARE(box->checkBox(), nullptr);
             // Nothing has happened yet.
-            QCOMPARE(count(stage, u"personas"_s), 2);
+            QCOMPARE(stage.count(u"personas"_s), 2);
             QVERIFY(!QSqlDatabase::contains(u"packfile"_s));
-            box->close();
         });
-        QVERIFY(stage.call("importPack", twins(stage)));
+        stage.call("importPack", writeTwins(stage));
         QVERIFY(modal.wasAnswered());
     }
 
     void every_answer_has_its_effect_data()
     {
-        QTest::addColumn<std::function<void(QWidget *)>>("answer");
+        QTest::addColumn<BoxAnswer>("answer");
         QTest::addColumn<QStringList>("names");
         const auto press = [](const QString &text) {
-            return std::function([text](QWidget *box) { QVERIFY(pressButton(box, text)); });
+            return BoxAnswer([text](QWidget *box) { QVERIFY(pressButton(box, text)); });
         };
-        const auto type = [](Qt::Key key) { return std::function([key](QWidget *box) { QTest::keyClick(box, key); }); };
+        const auto type = [](Qt::Key key) { return BoxAnswer([key](QWidget *box) { QTest::keyClick(box, key); }); };
         const QStringList replaced = {u"Theirs"_s, u"Third"_s};
         const QStringList appended = {u"Mine"_s, u"Other"_s, u"Third"_s};
         const QStringList kept = {u"Mine"_s, u"Other"_s};
@@ -93,23 +97,28 @@ private Q_SLOTS:
         QTest::addRow("Cancel") << press(u"Cancel"_s) << kept;
         QTest::addRow("Return key") << type(Qt::Key_Return) << replaced;
         QTest::addRow("Escape key") << type(Qt::Key_Escape) << kept;
-        QTest::addRow("box closed") << std::function([](QWidget *box) { box->close(); }) << kept;
+        QTest::addRow("box closed") << BoxAnswer([](QWidget *box) { box->close(); }) << kept;
     }
 
     void every_answer_has_its_effect()
     {
-        QFETCH(const std::function<void(QWidget *)>, answer);
+        QFETCH(const BoxAnswer, answer);
         QFETCH(QStringList, names);
         Stage stage;
         QVERIFY(fillProject(stage));
-        const QStringList before = everyRow(stage.project());
+        const QStringList before = everyRow(stage.database());
         const QStringList others = untouched(stage);
-        const Modal modal(answer);
-        QVERIFY(stage.call("importPack", twins(stage)));
+        QCOMPARE(others.size(), 7);
+        const QuietRefresh quiet(stage);
+        const Modal modal([&answer](QWidget *box) {
+            answer(box);
+            QVERIFY(!box->isVisible());
+        });
+        stage.call("importPack", writeTwins(stage));
         QVERIFY(modal.wasAnswered());
-        QCOMPARE(shownNames(stage), names);
+        QCOMPARE(shownPersonas(stage), names);
         const bool imported = names.contains(u"Third"_s);
-        QCOMPARE(everyRow(stage.project()) == before, !imported);
+        QCOMPARE(everyRow(stage.database()) == before, !imported);
         QCOMPARE(stage.asksBeforeClosing(), imported);
         QCOMPARE(untouched(stage), others);
     }
@@ -122,7 +131,7 @@ private Q_SLOTS:
         QVERIFY(stage.exec(u"UPDATE personas SET name = 'Unseen'"_s));
         // Opening this one would be reported.
         QVERIFY(importAnswered(stage, stage.path(u"missing/twins.ornk"_s), u"Cancel"_s));
-        QCOMPARE(shownNames(stage), QStringList({u"Mine"_s, u"Other"_s}));
+        QCOMPARE(shownPersonas(stage), QStringList({u"Mine"_s, u"Other"_s}));
         QCOMPARE(personaTable(stage)->currentRow(), 1);
         QVERIFY(!stage.asksBeforeClosing());
     }
@@ -131,21 +140,16 @@ private Q_SLOTS:
     {
         Stage stage;
         QVERIFY(fillProject(stage));
-        QVERIFY(stage.exec(u"INSERT INTO responses (persona_uuid, question_id) VALUES ('gone', 1)"_s));
-        const QStringList others = untouched(stage);
-        const auto *grid = stage.find<QTableWidget>(u"resultsTable"_s);
-        const int columns = grid->columnCount();
-        QVERIFY(Stage::cells(grid).constFirst().contains(u"honey"_s));
-        QVERIFY(importReplacing(stage, twins(stage)));
-        QCOMPARE(count(stage, u"responses"_s), 0);
-        QCOMPARE(untouched(stage), others);
-        QCOMPARE(others.size(), 7);
-        QCOMPARE(grid->rowCount(), 2);
-        QCOMPARE(grid->columnCount(), columns);
-        for (const auto listed = Stage::cells(grid); const QStringList &row : listed)
-            QVERIFY(!row.contains(u"honey"_s));
+        QVERIFY(enter(stage, AnswerEntered{.persona = u"gone"_s, .question = 1}));
+        const int columns = resultsTable(stage)->columnCount();
+        QVERIFY(columnTexts(resultsTable(stage), 1).contains(u"honey"_s));
+        QVERIFY(importReplacing(stage, writeTwins(stage)));
+        QCOMPARE(stage.count(u"responses"_s), 0);
+        QCOMPARE(resultsTable(stage)->rowCount(), 2);
+        QCOMPARE(resultsTable(stage)->columnCount(), columns);
+        QVERIFY(!columnTexts(resultsTable(stage), 1).contains(u"honey"_s));
         // The numbering of answers goes on where it was.
-        QVERIFY(stage.exec(u"INSERT INTO responses (persona_uuid, question_id) VALUES ('u1', 1)"_s));
+        QVERIFY(enter(stage, AnswerEntered{.persona = u"u1"_s, .question = 1}));
         QCOMPARE(stage.value(u"SELECT id FROM responses"_s).toInt(), 4);
     }
 
@@ -153,25 +157,24 @@ private Q_SLOTS:
     {
         Stage stage;
         QVERIFY(fillProject(stage));
-        QVERIFY(enter(stage, {tag(5, u"rural"_s), link(u"orphan"_s, 5)}));
-        QVERIFY(importReplacing(stage, twins(stage)));
-        QCOMPARE(column(stage, u"SELECT id || ' ' || name FROM tags"_s), QStringList{u"1 rural"_s});
-        QCOMPARE(column(stage, u"SELECT persona_uuid || ' ' || tag_id FROM persona_tags"_s), QStringList{u"u1 1"_s});
-        QCOMPARE(entries(tagFilter(stage)), QStringList({u"All"_s, u"rural"_s}));
+        QVERIFY(enter(stage, TagEntered{5, u"rural"_s}, LinkEntered{u"orphan"_s, 5}));
+        QVERIFY(importReplacing(stage, writeTwins(stage)));
+        QCOMPARE(stage.rows(u"SELECT id, name FROM tags"_s), Rows({{1, u"rural"_s}}));
+        QCOMPARE(stage.rows(u"SELECT persona_uuid, tag_id FROM persona_tags"_s), Rows({{u"u1"_s, 1}}));
+        QCOMPARE(items(tagFilter(stage)), QStringList({u"All"_s, u"rural"_s}));
     }
 
     void tables_are_emptied_in_their_order()
     {
         Stage stage;
-        QVERIFY(enterPersona(stage, u"u1"_s, u"Mine"_s));
-        QVERIFY(enterTag(stage, u"u1"_s, u"urban"_s));
+        QVERIFY(enterBeekeeper(stage, u"u1"_s, u"Mine"_s, {u"urban"_s}));
         QVERIFY(stage.exec(u"CREATE TABLE noted (what TEXT)"_s));
         for (const QString &table : {u"personas"_s, u"tags"_s, u"persona_tags"_s, u"responses"_s}) {
             QVERIFY(stage.exec(
                 u"CREATE TRIGGER note_%1 AFTER DELETE ON %1 BEGIN INSERT INTO noted VALUES ('%1'); END"_s.arg(table)));
         }
-        QVERIFY(importReplacing(stage, twins(stage)));
-        QCOMPARE(column(stage, u"SELECT what FROM noted ORDER BY rowid"_s),
+        QVERIFY(importReplacing(stage, writeTwins(stage)));
+        QCOMPARE(stage.column(u"SELECT what FROM noted ORDER BY rowid"_s),
                  QStringList({u"responses"_s, u"persona_tags"_s, u"tags"_s, u"personas"_s}));
     }
 
@@ -186,11 +189,11 @@ private Q_SLOTS:
         }
         {
             const MessageLog log;
-            QVERIFY(importReplacing(stage, twins(stage)));
+            QVERIFY(importReplacing(stage, writeTwins(stage)));
             QCOMPARE(log.warnings(), QStringList{u"UNIQUE constraint failed: personas.uuid Unable to fetch row"_s});
         }
-        QCOMPARE(shownNames(stage), QStringList({u"Mine"_s, u"Other"_s, u"Third"_s}));
-        QCOMPARE(count(stage, u"responses"_s), 2);
+        QCOMPARE(shownPersonas(stage), QStringList({u"Mine"_s, u"Other"_s, u"Third"_s}));
+        QCOMPARE(stage.count(u"responses"_s), 2);
         QCOMPARE(knownTags(stage), QStringList{u"rural"_s});
     }
 
@@ -206,15 +209,15 @@ private Q_SLOTS:
             QCOMPARE(log.warnings(), QStringList{u"failed to open pack "_s + openError(path)});
         }
         for (const QString &table : {u"responses"_s, u"persona_tags"_s, u"tags"_s, u"personas"_s})
-            QCOMPARE(count(stage, table), 0);
+            QCOMPARE(stage.count(table), 0);
         QCOMPARE(untouched(stage), others);
-        QCOMPARE(shownNames(stage), QStringList({u"Mine"_s, u"Other"_s}));
-        QCOMPARE(entries(tagFilter(stage)), QStringList({u"All"_s, u"urban"_s}));
-        QCOMPARE(stage.find<QTableWidget>(u"resultsTable"_s)->rowCount(), 2);
+        QCOMPARE(shownPersonas(stage), QStringList({u"Mine"_s, u"Other"_s}));
+        QCOMPARE(items(tagFilter(stage)), QStringList({u"All"_s, u"urban"_s}));
+        QCOMPARE(resultsTable(stage)->rowCount(), 2);
         QVERIFY(!stage.asksBeforeClosing());
         QCOMPARE(QSqlDatabase::connectionNames(), QStringList{u"project"_s});
 
-        QVERIFY(stage.call("loadProject"));
+        stage.call("loadProject");
         QCOMPARE(personaTable(stage)->rowCount(), 0);
     }
 
@@ -223,10 +226,10 @@ private Q_SLOTS:
         Stage stage;
         QVERIFY(fillProject(stage));
         const QuietRefresh quiet(stage);
-        QVERIFY(importReplacing(stage, writeFile(stage.path(u"letter.txt"_s), QByteArray(4000, 'x'))));
-        QCOMPARE(count(stage, u"personas"_s), 0);
+        QVERIFY(importReplacing(stage, writeBytes(stage.path(u"letter.txt"_s), QByteArray(4000, 'x'))));
+        QCOMPARE(stage.count(u"personas"_s), 0);
         QCOMPARE(personaTable(stage)->rowCount(), 0);
-        QCOMPARE(entries(tagFilter(stage)), QStringList{u"All"_s});
+        QCOMPARE(items(tagFilter(stage)), QStringList{u"All"_s});
         QVERIFY(stage.asksBeforeClosing());
     }
 
@@ -237,9 +240,9 @@ private Q_SLOTS:
         QVERIFY(stage.exec(u"ALTER TABLE personas RENAME TO others"_s));
         const QuietRefresh quiet(stage);
         const MessageLog log;
-        QVERIFY(importUnasked(stage, twins(stage)));
-        QCOMPARE(count(stage, u"others"_s), 2);
-        QCOMPARE(count(stage, u"responses"_s), 2);
+        QVERIFY(importUnasked(stage, writeTwins(stage)));
+        QCOMPARE(stage.count(u"others"_s), 2);
+        QCOMPARE(stage.count(u"responses"_s), 2);
         const QString refused = u"Parameter count mismatch"_s;
         QCOMPARE(log.warnings(),
                  QStringList({refused, refused, u"no such table: personas Unable to execute statement"_s}));
@@ -247,5 +250,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestPackReplace)
+ORRINET_TEST(TestPackReplace)
 #include "tst_packreplace.moc"

@@ -1,13 +1,16 @@
 #pragma once
 
-#include "tests/personas/panel.h"
+#include "tests/support/entries.h"
 #include "tests/support/modal.h"
+#include "tests/support/shown.h"
+#include "tests/support/stage.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 
 /// The open persona dialog, its fields found by their captions.
 class PersonaForm
@@ -29,13 +32,14 @@ public:
     QLineEdit *tags;
 
     QStringList texts() const { return {name->text(), description->toPlainText(), tags->text()}; }
-    void setTexts(const QString &newName, const QString &newDescription, const QString &newTags) const
+    void type(const QString &newName, const QString &newDescription, const QString &newTags) const
     {
-        name->setText(newName);
-        description->setPlainText(newDescription);
-        tags->setText(newTags);
+        typeInto(name, newName);
+        description->selectAll();
+        description->insertPlainText(newDescription);
+        typeInto(tags, newTags);
     }
-    void accept() const { dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click(); }
+    void accept() const { pressButton(dialog, QStringLiteral("OK")); }
 
 private:
     QWidget *field(const QString &caption) const
@@ -48,37 +52,26 @@ private:
     }
 };
 
-/// Answers the persona dialog that comes with a function that works in it; what it leaves open is given up.
-template<typename Work>
-std::function<void(QWidget *)> inPersonaForm(Work work)
+/// What is done in the persona dialog that comes. What it leaves open is given up.
+using PersonaWork = std::function<void(const PersonaForm &)>;
+
+inline std::function<void(QWidget *)> inPersonaForm(const PersonaWork &work)
 {
-    return [work](QWidget *window) {
-        const PersonaForm form(window);
-        work(form);
-        if (window->isVisible())
-            form.dialog->reject();
-    };
+    return [work](QWidget *window) { work(PersonaForm(window)); };
 }
 
 /// Opens the dialog of a row and works in it; false if none came.
-template<typename Work>
-bool editPersona(Stage &stage, int row, Work work, int column = 0)
+inline bool editPersona(Stage &stage, int row, const PersonaWork &work)
 {
     const Modal modal(inPersonaForm(work));
-    return stage.call("editPersona", row, column) && modal.wasAnswered();
+    return stage.call("editPersona", row, 0) && modal.wasAnswered();
 }
 
-inline void acceptForm(const PersonaForm &form)
+/// Enters a persona p with the tags b and a by SQL, and shows it.
+inline bool showTagged(Stage &stage)
 {
-    form.accept();
-}
-
-/// Enters a persona p with the tags b and a behind the program's back, and shows it.
-inline bool enterTagged(Stage &stage)
-{
-    const bool entered = enterPersona(stage, QStringLiteral("p"), QStringLiteral("Number One")) &&
-                         enterTag(stage, QStringLiteral("p"), QStringLiteral("b")) &&
-                         enterTag(stage, QStringLiteral("p"), QStringLiteral("a"));
+    const bool entered = enterBeekeeper(stage, QStringLiteral("p"), QStringLiteral("Number One"),
+                                        {QStringLiteral("b"), QStringLiteral("a")});
     refreshQuietly(stage);
     return entered;
 }

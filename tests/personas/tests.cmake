@@ -1,7 +1,9 @@
-orrinet_test(personas/tst_tagtext.cpp)
-orrinet_test(personas/tst_personarecords.cpp)
-orrinet_test(personas/tst_personarows.cpp)
-orrinet_test(personas/tst_personatags.cpp)
-orrinet_test(personas/tst_personafailures.cpp)
-orrinet_test(personas/tst_personaeditor.cpp)
-orrinet_test(personas/tst_personaeditorread.cpp)
+orrinet_tests(personas
+    CLASSES
+        tst_personaeditor
+        tst_personaeditorread
+        tst_personafailures
+        tst_personarecords
+        tst_personarows
+        tst_personatags
+        tst_tagtext)

@@ -1,4 +1,5 @@
 #include "personas/tagtext.h"
+#include "tests/support/testcase.h"
 
 #include <QTest>
 
@@ -80,5 +81,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestTagText)
+ORRINET_TEST(TestTagText)
 #include "tst_tagtext.moc"

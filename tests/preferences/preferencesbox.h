@@ -7,9 +7,7 @@
 #include <QDialog>
 #include <QLineEdit>
 
-#include <functional>
-
-/// Chooses "Preferences" and hands the dialog to a function that has to close it; false where no dialog came.
+/// Chooses "Preferences" and hands the dialog to a function; false where no dialog came.
 inline bool inPreferences(Stage &stage, const std::function<void(QDialog *)> &act)
 {
     const Modal modal([&act](QWidget *window) { act(qobject_cast<QDialog *>(window)); });
@@ -17,30 +15,26 @@ inline bool inPreferences(Stage &stage, const std::function<void(QDialog *)> &ac
     return modal.wasAnswered();
 }
 
-inline QLineEdit *field(QDialog *dialog, const char *name)
+/// The three fields: key, persona model, adjudicator model.
+inline QList<QLineEdit *> preferenceFields(QDialog *dialog)
 {
-    return dialog->findChild<QLineEdit *>(QLatin1StringView(name));
+    QList<QLineEdit *> fields;
+    for (const char *name : {"apiKeyEdit", "personaModelEdit", "adjudicatorModelEdit"})
+        fields.append(dialog->findChild<QLineEdit *>(QLatin1StringView(name)));
+    return fields;
 }
 
-/// The texts of the three fields: key, persona model, adjudicator model.
-inline QStringList fields(QDialog *dialog)
+inline void typePreferences(QDialog *dialog, const QStringList &texts)
 {
-    return {field(dialog, "apiKeyEdit")->text(), field(dialog, "personaModelEdit")->text(),
-            field(dialog, "adjudicatorModelEdit")->text()};
+    for (int field = 0; field < 3; ++field)
+        typeInto(preferenceFields(dialog).at(field), texts.at(field));
 }
 
-inline void enter(QDialog *dialog, const QStringList &texts)
-{
-    field(dialog, "apiKeyEdit")->setText(texts.at(0));
-    field(dialog, "personaModelEdit")->setText(texts.at(1));
-    field(dialog, "adjudicatorModelEdit")->setText(texts.at(2));
-}
-
-/// Enters three texts and presses OK.
+/// Types three texts and presses OK.
 inline bool storePreferences(Stage &stage, const QStringList &texts)
 {
     return inPreferences(stage, [&texts](QDialog *dialog) {
-        enter(dialog, texts);
+        typePreferences(dialog, texts);
         pressButton(dialog, QStringLiteral("OK"));
     });
 }

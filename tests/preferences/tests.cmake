@@ -1,4 +1,9 @@
-orrinet_test(preferences/tst_preferences.cpp)
+# The mode of the file that the settings lie in is the program's business where that file is Qt's own.
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
-    orrinet_test(preferences/tst_settingsfile.cpp)
+    set(onLinux tst_settingsfile)
 endif()
+
+orrinet_tests(preferences
+    CLASSES
+        tst_preferences
+        ${onLinux})

@@ -1,9 +1,12 @@
 // The file that the key lies in: nobody but its owner may read it, at no moment.
 
 #include "tests/preferences/preferencesbox.h"
+#include "tests/support/sidedatabase.h"
+#include "tests/support/testcase.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSettings>
 #include <QTest>
 
@@ -65,12 +68,10 @@ private:
     int descriptor;
 };
 
-void writeFile(const QString &path, const QByteArray &text, QFile::Permissions permissions)
+bool writeSettings(const QString &path, const QByteArray &text, QFile::Permissions permissions)
 {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(text);
-    file.setPermissions(permissions);
+    return QDir().mkpath(QFileInfo(path).path()) && QFile::setPermissions(writeBytes(path, text), permissions) &&
+           mode(path) == permissions;
 }
 
 } // namespace
@@ -98,17 +99,12 @@ private Q_SLOTS:
         QFETCH(QFile::Permissions, before);
         Stage stage;
         const QString path = stage.path(u".config/Orrinet/Orrinet.conf"_s);
-        if (before) {
-            QDir().mkpath(stage.path(u".config/Orrinet"_s));
-            writeFile(path, "[models]\npersona=large\n\n[other]\nentry=kept\n", before);
-            QCOMPARE(mode(path), before);
-        }
+        if (before)
+            QVERIFY(writeSettings(path, "[models]\npersona=large\n\n[other]\nentry=kept\n", before));
         for (const auto key : {"first key"_L1, "second key"_L1}) {
             QVERIFY(storePreferences(stage, {key, u"large"_s, u"small"_s}));
             QCOMPARE(mode(path), ownerOnly);
-            QFile file(path);
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            QVERIFY(file.readAll().contains(key.data()));
+            QVERIFY(readBytes(path).contains(key.data()));
         }
         QCOMPARE(QSettings().contains(u"other/entry"_s), bool(before));
     }
@@ -125,10 +121,10 @@ private Q_SLOTS:
         QFETCH(bool, fileBefore);
         Stage stage;
         const QString folder = stage.path(u".config/Orrinet"_s);
-        QDir().mkpath(folder);
         const QString path = folder + "/Orrinet.conf"_L1;
+        QVERIFY(QDir().mkpath(folder));
         if (fileBefore)
-            writeFile(path, "[models]\npersona=large\n", ownerOnly | QFile::ReadGroup | QFile::ReadOther);
+            QVERIFY(writeSettings(path, "[models]\n", ownerOnly | QFile::ReadGroup | QFile::ReadOther));
         stage.window();
         const Watch watch(folder);
         QVERIFY(storePreferences(stage, {u"key"_s, u"large"_s, u"small"_s}));
@@ -146,5 +142,5 @@ private:
     mode_t umaskBefore = 0;
 };
 
-QTEST_MAIN(TestSettingsFile)
+ORRINET_TEST(TestSettingsFile)
 #include "tst_settingsfile.moc"

@@ -1,207 +1,73 @@
 #pragma once
 
-#include "tests/support/stage.h"
+// Projects and their files: what to fill them with, what to do to them, and how they are told apart.
+
+#include "tests/support/messagelog.h"
+#include "tests/support/shown.h"
+#include "tests/support/sidedatabase.h"
+#include "tests/support/testcase.h"
 
 #include <QAction>
-#include <QDir>
-#include <QFile>
-#include <QSqlError>
-#include <QSqlQuery>
-#include <QSqlRecord>
+#include <QComboBox>
+#include <QPlainTextEdit>
 #include <QSqlTableModel>
 #include <QTableView>
+#include <QTableWidget>
 
-// Files that a project is saved to and opened from, made and read behind the program's back.
+#include <functional>
 
-using Rows = QList<QVariantList>;
+/// What a row of data does to the window.
+using Act = std::function<void(Stage &)>;
+/// What it does to a window that waits for an answer.
+using Answer = std::function<void(QWidget *)>;
 
-/// A database file under the test's own hands, by a connection beside those of the program.
-class SideFile
-{
-public:
-    explicit SideFile(const QString &path)
-        : database(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("side")))
-    {
-        database.setDatabaseName(path);
-        database.open();
-    }
-    ~SideFile()
-    {
-        database = QSqlDatabase();
-        QSqlDatabase::removeDatabase(QStringLiteral("side"));
-    }
-    Q_DISABLE_COPY_MOVE(SideFile)
+/// Calls a slot, with a path in the private folder where a name is given.
+Act calling(const char *slot);
+Act calling(const char *slot, const QString &name);
+/// Presses a button of a page.
+Act pressing(const QString &button, const QString &tab);
+/// Selects a question and presses a button of its page.
+Act pressingFor(int question, const QString &button);
+/// The act, which has to write one warning.
+Act warningOnce(const Act &act);
 
-    /// What the driver says of a path that can't be opened.
-    QString errorText() const { return database.lastError().text(); }
-    bool exec(const QString &statement)
-    {
-        QSqlQuery query(database);
-        return query.exec(statement);
-    }
-    Rows rows(const QString &statement)
-    {
-        Rows all;
-        QSqlQuery query(database);
-        query.exec(statement);
-        while (query.next()) {
-            QVariantList row;
-            for (int column = 0; column < query.record().count(); ++column)
-                row.append(query.value(column));
-            all.append(row);
-        }
-        return all;
-    }
-    /// The first value of the first row, invalid where there is none.
-    QVariant value(const QString &statement)
-    {
-        const Rows all = rows(statement);
-        return all.isEmpty() ? QVariant() : all.first().first();
-    }
+/// Triggers a menu entry and answers the windows that come, each by the answer that is its turn. Gives the number of
+/// windows; those that come behind the answers are given up.
+int answerInTurn(Stage &stage, const QString &entry, const QList<Answer> &answers);
 
-private:
-    QSqlDatabase database;
-};
+/// The tables of the schema.
+QStringList projectTables();
+/// Statements that put one row into each of them.
+QStringList oneOfEach();
+/// The tables of the schema, each named once for every row that it has.
+QStringList tableOfEachRow(Sql &database);
 
-/// The statements of the schema script.
-inline QStringList schemaStatements()
-{
-    QFile script(QStringLiteral(":/project/sql/schema.sql"));
-    QStringList statements;
-    if (script.open(QIODevice::ReadOnly))
-        statements = QString::fromUtf8(script.readAll()).split(u';', Qt::SkipEmptyParts);
-    statements.removeIf([](const QString &piece) { return piece.trimmed().isEmpty(); });
-    return statements;
-}
+/// Makes a project file "other.ormt" of one row in each table, and gives its path.
+QString writeOther(Stage &stage);
+/// The same as "mine.ormt", which is opened, and the project then marked as changed. Test mode is on.
+void openMine(Stage &stage);
+/// Makes a file "text.ormt" that can be opened but not read, and gives its path.
+QString writeText(Stage &stage);
 
-/// Makes a database file of these statements; false if one fails.
-inline bool makeFile(const QString &path, const QStringList &statements)
-{
-    SideFile file(path);
-    bool done = file.exec(QStringLiteral("BEGIN"));
-    for (const QString &statement : statements)
-        done = file.exec(statement) && done;
-    return file.exec(QStringLiteral("COMMIT")) && done;
-}
-
-/// Makes a project file with the tables of the program and these statements.
-inline bool makeProjectFile(const QString &path, const QStringList &statements = {})
-{
-    return makeFile(path, schemaStatements() + statements);
-}
-
-/// Statements that put one row into each table of a project.
-inline QStringList oneOfEach()
-{
-    return {
-        QStringLiteral("INSERT INTO metadata VALUES ('key', 'value')"),
-        QStringLiteral("INSERT INTO boilerplate VALUES ('Pre.', 'Post.')"),
-        QStringLiteral("INSERT INTO personas (uuid, name) VALUES ('one', 'Number One')"),
-        QStringLiteral("INSERT INTO questions (order_num, prompt) VALUES (1, 'Why?')"),
-        QStringLiteral("INSERT INTO question_attachments (question_id, filename) VALUES (1, 'plan.png')"),
-        QStringLiteral("INSERT INTO responses (persona_uuid, question_id, text_answer) VALUES ('one', 1, 'Hm.')"),
-        QStringLiteral("INSERT INTO tags VALUES (5, 'odd')"),
-        QStringLiteral("INSERT INTO persona_tags VALUES ('one', 5)"),
-    };
-}
-
-inline bool writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-/// What a file holds, null where there is none.
-inline QByteArray readBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-/// What the driver says of a statement that fails on the project.
-inline QString refusal(Stage &stage, const QString &statement, const QVariantList &values = {})
-{
-    QSqlQuery query(stage.project());
-    query.prepare(statement);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    query.exec();
-    return query.lastError().text();
-}
-
-inline QTableView *questionView(Stage &stage)
-{
-    return stage.find<QTableView>(QStringLiteral("questionView"));
-}
-
-/// The model of the question list, or null.
-inline QSqlTableModel *questionModel(Stage &stage)
-{
-    return qobject_cast<QSqlTableModel *>(questionView(stage)->model());
-}
-
-inline int count(Stage &stage, const QString &table)
-{
-    const QString query = QStringLiteral("SELECT COUNT(*) FROM ") + table;
-    return stage.value(query).toInt();
-}
-
+/// Enters questions and refreshes their list.
+void showQuestions(Stage &stage, int number);
 /// True when the question list shows all questions of the project, in their order.
-inline bool questionListIsWhole(Stage &stage)
-{
-    const QSqlTableModel *model = questionModel(stage);
-    if (model == nullptr || model->isDirty())
-        return false;
-    Rows shown;
-    for (int row = 0; row < model->rowCount(); ++row)
-        shown.append({model->index(row, 1).data(), model->index(row, 2).data()});
-    return shown == stage.rows(QStringLiteral("SELECT order_num, prompt FROM questions ORDER BY order_num"));
-}
+bool questionListIsWhole(Stage &stage);
 
-/// The names in the persona list, sorted.
-inline QStringList shownPersonas(Stage &stage)
-{
-    const auto *table = stage.find<QTableWidget>(QStringLiteral("personaTable"));
-    QStringList names;
-    for (int row = 0; row < table->rowCount(); ++row)
-        names.append(table->item(row, 0)->text());
-    names.sort();
-    return names;
-}
-
-/// Enters questions behind the program's back, numbered from 1, and refreshes the question list.
-inline bool enterQuestions(Stage &stage, int number)
-{
-    return stage.exec(QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < ?) "
-                                     "INSERT INTO questions (order_num, prompt, answer_type, judge_question) "
-                                     "SELECT i, 'Question ' || i, 'text', 0 FROM n"),
-                      {number}) &&
-           stage.call("loadQuestions");
-}
+/// What the program says of a path that it can't save to.
+QString savingError(Stage &stage, const QString &path);
+/// What it says of a file that it can't read.
+QString readingError(Stage &stage, const QString &path);
 
 /// True when "Save" writes to this path. The file is taken away first, since none is ever written over.
-inline bool savesTo(Stage &stage, const QString &path)
-{
-    QFile::remove(path);
-    Stage::setTestMode(true);
-    stage.action(QStringLiteral("Save"))->trigger();
-    Stage::setTestMode(false);
-    return QFile::exists(path);
-}
-
+bool savesTo(Stage &stage, const QString &path);
 /// True when the project has no file: "Save" would ask for one, and so does nothing in test mode.
-inline bool belongsToNoFile(Stage &stage)
-{
-    const QStringList before = QDir(stage.path(QString())).entryList(QDir::Files);
-    stage.window()->markDirty();
-    Stage::setTestMode(true);
-    stage.action(QStringLiteral("Save"))->trigger();
-    Stage::setTestMode(false);
-    return stage.asksBeforeClosing() && QDir(stage.path(QString())).entryList(QDir::Files) == before;
-}
-
+bool belongsToNoFile(Stage &stage);
 /// True when no connection but that of the project is left over.
-inline bool onlyProjectIsConnected()
-{
-    return QSqlDatabase::connectionNames() == QStringList{QStringLiteral("project")};
-}
+bool onlyProjectIsConnected();
+/// The files of the private folder, or of one in it.
+QStringList filesIn(Stage &stage, const QString &folder = {});
+
+/// Has the project note what is inserted into its tables and deleted from them: "insert tags", "delete tags" ...
+void keepJournal(Stage &stage);
+QStringList journal(Stage &stage);

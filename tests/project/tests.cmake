@@ -1,29 +1,35 @@
-orrinet_test(project/tst_projectdatabase.cpp)
-orrinet_test(project/tst_nodriver.cpp)
-orrinet_test(project/tst_projectview.cpp)
-orrinet_test(project/tst_viewfailures.cpp)
-orrinet_test(project/tst_boilerplate.cpp)
-orrinet_test(project/tst_dirty.cpp)
+# Linux has its own mind about what a file may be named.
+if(LINUX)
+    set(projectNames tst_projectnames)
+endif()
+
+orrinet_tests(project
+    CLASSES
+        tst_boilerplate
+        tst_discardprompt
+        tst_failedopen
+        tst_foreignfiles
+        tst_meanwhile
+        tst_memorydatabase
+        tst_nodriver
+        tst_openedproject
+        tst_projectcopy
+        tst_projectdatabase
+        tst_projectdialogs
+        ${projectNames}
+        tst_projectpaths
+        tst_projectroundtrip
+        tst_projecttagfilter
+        tst_projectview
+        tst_savedproject
+        tst_unsaved
+    SOURCES
+        driverswap.h
+        projectfile.cpp
+        projectfile.h)
 
 # A script that is partly wrong, to stand in for the real one.
 qt_add_binary_resources(orrinet-faulty-script project/faulty/faulty.qrc
     DESTINATION ${CMAKE_CURRENT_BINARY_DIR}/faulty.rcc OPTIONS --no-compress)
-orrinet_test(project/tst_schemascript.cpp)
-target_compile_definitions(tst_schemascript PRIVATE ORRINET_FAULTY_SCRIPT="${CMAKE_CURRENT_BINARY_DIR}/faulty.rcc")
-add_dependencies(tst_schemascript orrinet-faulty-script)
-
-orrinet_test(project/tst_projectfiles.cpp)
-orrinet_test(project/tst_openedproject.cpp)
-orrinet_test(project/tst_projectcopy.cpp)
-orrinet_test(project/tst_failedopen.cpp)
-orrinet_test(project/tst_projectdialogs.cpp)
-orrinet_test(project/tst_discardprompt.cpp)
-orrinet_test(project/tst_projectpaths.cpp)
-orrinet_test(project/tst_foreignfiles.cpp)
-orrinet_test(project/tst_projectroundtrip.cpp)
-orrinet_test(project/tst_savingmeanwhile.cpp)
-orrinet_test(project/tst_behinddialogs.cpp)
-orrinet_test(project/tst_unsaved.cpp)
-orrinet_test(project/tst_memorydatabase.cpp)
-target_compile_definitions(tst_memorydatabase PRIVATE ORRINET_FAULTY_SCRIPT="${CMAKE_CURRENT_BINARY_DIR}/faulty.rcc")
-add_dependencies(tst_memorydatabase orrinet-faulty-script)
+target_compile_definitions(tests-project PRIVATE ORRINET_FAULTY_SCRIPT="${CMAKE_CURRENT_BINARY_DIR}/faulty.rcc")
+add_dependencies(tests-project orrinet-faulty-script)

@@ -1,62 +1,51 @@
-#include "tests/support/stage.h"
+// The two texts of the Boilerplate tab and the one row of the table that keeps them.
 
-#include <QPlainTextEdit>
-#include <QSignalBlocker>
-#include <QTest>
+#include "tests/project/projectfile.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 /// Keeps a journal, in the project, of what is written to the table boilerplate.
-void startJournal(Stage &stage)
+void keepTexts(Stage &stage)
 {
-    const QStringList statements{u"CREATE TABLE journal (id INTEGER PRIMARY KEY, act TEXT)"_s,
-                                 u"CREATE TRIGGER deleted AFTER DELETE ON boilerplate BEGIN INSERT INTO journal (act) "
-                                 "VALUES ('- ' || OLD.preamble || '|' || OLD.postamble); END"_s,
-                                 u"CREATE TRIGGER inserted AFTER INSERT ON boilerplate BEGIN INSERT INTO journal (act) "
-                                 "VALUES ('+ ' || NEW.preamble || '|' || NEW.postamble); END"_s};
-    for (const QString &statement : statements)
-        QVERIFY(stage.exec(statement));
-}
-
-QStringList journalOf(Stage &stage)
-{
-    QStringList acts;
-    for (const auto listed = stage.rows(u"SELECT act FROM journal ORDER BY id"_s); const QVariantList &row : listed)
-        acts.append(row.first().toString());
-    return acts;
-}
-
-QPlainTextEdit *preamble(Stage &stage)
-{
-    return stage.find<QPlainTextEdit>(u"preambleEdit"_s);
-}
-
-QPlainTextEdit *postamble(Stage &stage)
-{
-    return stage.find<QPlainTextEdit>(u"postambleEdit"_s);
+    QVERIFY(stage.exec({u"CREATE TABLE journal (id INTEGER PRIMARY KEY, act TEXT)"_s,
+                        u"CREATE TRIGGER deleted AFTER DELETE ON boilerplate BEGIN INSERT INTO journal (act) "
+                        "VALUES ('- ' || OLD.preamble || '|' || OLD.postamble); END"_s,
+                        u"CREATE TRIGGER inserted AFTER INSERT ON boilerplate BEGIN INSERT INTO journal (act) "
+                        "VALUES ('+ ' || NEW.preamble || '|' || NEW.postamble); END"_s}));
 }
 
 /// The stored rows, each as "preamble|postamble", with NULL spelled out.
-QStringList stored(Stage &stage)
+QStringList storedTexts(Stage &stage)
 {
-    QStringList all;
-    for (const auto listed =
-             stage.rows(u"SELECT ifnull(preamble, 'NULL') || '|' || ifnull(postamble, 'NULL') FROM boilerplate"_s);
-         const QVariantList &row : listed)
-        all.append(row.first().toString());
-    return all;
+    return stage.column(u"SELECT ifnull(preamble, 'NULL') || '|' || ifnull(postamble, 'NULL') FROM boilerplate"_s);
 }
 
-void store(Stage &stage, const QStringList &rows)
+/// Replaces the rows by those of this form.
+void storeTexts(Stage &stage, const QStringList &rows)
 {
-    stage.exec(u"DELETE FROM boilerplate"_s);
+    QVERIFY(stage.exec(u"DELETE FROM boilerplate"_s));
     for (const QString &row : rows) {
-        QVERIFY(stage.exec(u"INSERT INTO boilerplate VALUES (nullif(?, 'NULL'), nullif(?, 'NULL'))"_s,
-                           {row.section(u'|', 0, 0), row.section(u'|', 1)}));
+        QVERIFY(stage.exec(
+            u"INSERT INTO boilerplate VALUES (nullif(ifnull(?, ''), 'NULL'), nullif(ifnull(?, ''), 'NULL'))"_s,
+            {row.section(u'|', 0, 0), row.section(u'|', 1)}));
     }
+    QCOMPARE(storedTexts(stage), rows);
 }
+
+/// The shown texts in the same form.
+QString shownTexts(Stage &stage)
+{
+    return preambleEdit(stage)->toPlainText() + u'|' + postambleEdit(stage)->toPlainText();
+}
+
+void setText(Stage &stage, const QString &edit, const QString &text)
+{
+    stage.find<QPlainTextEdit>(edit)->setPlainText(text);
+}
+
+constexpr auto defaultTexts = "Act as the following persona.|"_L1;
 
 } // namespace
 
@@ -67,101 +56,18 @@ class TestBoilerplate : public QObject
 private Q_SLOTS:
     void refresh_shows_and_rewrites_the_row_data();
     void refresh_shows_and_rewrites_the_row();
-
-    void refresh_passes_through_both_text_slots_in_order()
-    {
-        Stage stage;
-        store(stage, {u"New before|New after"_s});
-        startJournal(stage);
-        stage.call("loadProject");
-        // The first slot keeps the stored postamble, although the edit still shows the one of before.
-        const QStringList expected = {u"- New before|New after"_s, u"+ New before|New after"_s,
-                                      u"- New before|New after"_s, u"+ New before|New after"_s};
-        QCOMPARE(journalOf(stage), expected);
-    }
-
-    void refresh_stores_the_default_only_where_there_is_no_row()
-    {
-        Stage stage;
-        store(stage, {});
-        startJournal(stage);
-        stage.call("loadProject");
-        const QStringList expected = {u"+ Act as the following persona.|"_s, u"- Act as the following persona.|"_s,
-                                      u"+ Act as the following persona.|"_s};
-        QCOMPARE(journalOf(stage), expected);
-    }
-
-    void every_keystroke_is_stored_at_once()
-    {
-        Stage stage;
-        preamble(stage)->clear();
-        startJournal(stage);
-        QTest::keyClicks(preamble(stage), u"Be!"_s);
-        const QStringList expected = {u"- |"_s, u"+ B|"_s, u"- B|"_s, u"+ Be|"_s, u"- Be|"_s, u"+ Be!|"_s};
-        QCOMPARE(journalOf(stage), expected);
-        QTest::keyClicks(postamble(stage), u"So"_s);
-        QCOMPARE(journalOf(stage).constLast(), u"+ Be!|So"_s);
-        QCOMPARE(stored(stage), QStringList{u"Be!|So"_s});
-    }
-
-    void cleared_preamble_is_stored_as_an_empty_text()
-    {
-        Stage stage;
-        preamble(stage)->clear();
-        QCOMPARE(stored(stage), QStringList{u"|"_s});
-        stage.call("loadProject");
-        QCOMPARE(preamble(stage)->toPlainText(), QString());
-        QCOMPARE(stored(stage), QStringList{u"|"_s});
-    }
-
-    void cleared_postamble_is_stored_as_an_empty_text()
-    {
-        Stage stage;
-        postamble(stage)->setPlainText(u"After"_s);
-        postamble(stage)->clear();
-        QCOMPARE(stored(stage), QStringList{u"Act as the following persona.|"_s});
-    }
-
-    void preamble_slot_takes_the_other_text_from_the_table()
-    {
-        Stage stage;
-        postamble(stage)->setPlainText(u"shown"_s);
-        store(stage, {u"old|stored"_s});
-        preamble(stage)->setPlainText(u"new"_s);
-        QCOMPARE(stored(stage), QStringList{u"new|stored"_s});
-        QCOMPARE(postamble(stage)->toPlainText(), u"shown"_s);
-    }
-
-    void postamble_slot_takes_the_other_text_from_the_edit()
-    {
-        Stage stage;
-        preamble(stage)->setPlainText(u"shown"_s);
-        store(stage, {u"stored|old"_s});
-        postamble(stage)->setPlainText(u"new"_s);
-        QCOMPARE(stored(stage), QStringList{u"shown|new"_s});
-    }
-
-    void preamble_slot_keeps_what_stands_beside_it_data();
-    void preamble_slot_keeps_what_stands_beside_it();
-    void rows_too_many_are_reduced_to_one_data();
-    void rows_too_many_are_reduced_to_one();
+    void refresh_passes_through_both_text_slots_in_order();
+    void refresh_stores_the_default_only_where_there_is_no_row();
+    void every_keystroke_is_stored_at_once();
+    void text_is_stored_as_it_shows_data();
+    void text_is_stored_as_it_shows();
+    void slot_replaces_all_rows_by_its_text_and_the_other_data();
+    void slot_replaces_all_rows_by_its_text_and_the_other();
     void failing_statement_is_passed_over_data();
     void failing_statement_is_passed_over();
-    void refresh_with_nothing_new_counts_as_a_change();
-
-    void line_ends_are_stored_as_line_feeds()
-    {
-        Stage stage;
-        preamble(stage)->setPlainText(u"one\r\ntwo\nthree"_s);
-        QCOMPARE(stored(stage), QStringList{u"one\ntwo\nthree|"_s});
-    }
-
-    void quotes_are_stored_as_they_are()
-    {
-        Stage stage;
-        preamble(stage)->setPlainText(u"It's 'so'; -- \"really\""_s);
-        QCOMPARE(stored(stage), QStringList{u"It's 'so'; -- \"really\"|"_s});
-    }
+    void missing_table_is_made_anew();
+    void table_that_cannot_be_made_shows_the_defaults_data();
+    void table_that_cannot_be_made_shows_the_defaults();
 };
 
 void TestBoilerplate::refresh_shows_and_rewrites_the_row_data()
@@ -173,59 +79,107 @@ void TestBoilerplate::refresh_shows_and_rewrites_the_row_data()
     QTest::addRow("NULL twice") << QStringList{u"NULL|NULL"_s} << u"|"_s;
     QTest::addRow("NULL behind a text") << QStringList{u"Before|NULL"_s} << u"Before|"_s;
     QTest::addRow("NULL before a text") << QStringList{u"NULL|After"_s} << u"|After"_s;
-    QTest::addRow("no row") << QStringList{} << u"Act as the following persona.|"_s;
+    QTest::addRow("no row") << QStringList{} << QString(defaultTexts);
     QTest::addRow("the first of three rows") << QStringList{u"a|b"_s, u"c|d"_s, u"e|f"_s} << u"a|b"_s;
     QTest::addRow("lines") << QStringList{u"one\ntwo|three\n\nfour"_s} << u"one\ntwo|three\n\nfour"_s;
 }
 
 void TestBoilerplate::refresh_shows_and_rewrites_the_row()
 {
-    QFETCH(QStringList, before);
-    QFETCH(QString, after);
+    QFETCH(const QStringList, before);
+    QFETCH(const QString, after);
     Stage stage;
-    preamble(stage)->setPlainText(u"of the project before"_s);
-    postamble(stage)->setPlainText(u"of the project before"_s);
-    store(stage, before);
+    setText(stage, u"preambleEdit"_s, u"of the project before"_s);
+    setText(stage, u"postambleEdit"_s, u"of the project before"_s);
+    storeTexts(stage, before);
     stage.call("loadProject");
-    QCOMPARE(preamble(stage)->toPlainText(), after.section(u'|', 0, 0));
-    QCOMPARE(postamble(stage)->toPlainText(), after.section(u'|', 1));
-    QCOMPARE(stored(stage), QStringList{after});
+    QCOMPARE(shownTexts(stage), after);
+    QCOMPARE(storedTexts(stage), QStringList{after});
 }
 
-void TestBoilerplate::preamble_slot_keeps_what_stands_beside_it_data()
+void TestBoilerplate::refresh_passes_through_both_text_slots_in_order()
 {
+    Stage stage;
+    storeTexts(stage, {u"New before|New after"_s});
+    keepTexts(stage);
+    stage.call("loadProject");
+    // The first slot keeps the stored postamble, although the edit still shows the one of before.
+    QCOMPARE(journal(stage), (QStringList{u"- New before|New after"_s, u"+ New before|New after"_s,
+                                          u"- New before|New after"_s, u"+ New before|New after"_s}));
+}
+
+void TestBoilerplate::refresh_stores_the_default_only_where_there_is_no_row()
+{
+    Stage stage;
+    storeTexts(stage, {});
+    keepTexts(stage);
+    stage.call("loadProject");
+    QCOMPARE(journal(stage), (QStringList{"+ "_L1 + defaultTexts, "- "_L1 + defaultTexts, "+ "_L1 + defaultTexts}));
+}
+
+void TestBoilerplate::every_keystroke_is_stored_at_once()
+{
+    Stage stage;
+    preambleEdit(stage)->clear();
+    keepTexts(stage);
+    QTest::keyClicks(preambleEdit(stage), u"Be!"_s);
+    QCOMPARE(journal(stage), (QStringList{u"- |"_s, u"+ B|"_s, u"- B|"_s, u"+ Be|"_s, u"- Be|"_s, u"+ Be!|"_s}));
+    QTest::keyClicks(postambleEdit(stage), u"So"_s);
+    QCOMPARE(journal(stage).sliced(6), (QStringList{u"- Be!|"_s, u"+ Be!|S"_s, u"- Be!|S"_s, u"+ Be!|So"_s}));
+}
+
+void TestBoilerplate::text_is_stored_as_it_shows_data()
+{
+    QTest::addColumn<QString>("edit");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("after");
+    const QString first = u"preambleEdit"_s;
+    QTest::addRow("cleared preamble") << first << QString() << u"|After"_s;
+    QTest::addRow("cleared postamble") << u"postambleEdit"_s << QString() << QString(defaultTexts);
+    QTest::addRow("line ends of two kinds") << first << u"one\r\ntwo\nthree"_s << u"one\ntwo\nthree|After"_s;
+    QTest::addRow("quotes") << first << u"It's 'so'; -- \"really\""_s << u"It's 'so'; -- \"really\"|After"_s;
+}
+
+void TestBoilerplate::text_is_stored_as_it_shows()
+{
+    QFETCH(const QString, edit);
+    QFETCH(const QString, text);
+    QFETCH(const QString, after);
+    Stage stage;
+    setText(stage, u"postambleEdit"_s, u"After"_s);
+    setText(stage, edit, text);
+    QCOMPARE(storedTexts(stage), QStringList{after});
+    QCOMPARE(shownTexts(stage), after);
+}
+
+void TestBoilerplate::slot_replaces_all_rows_by_its_text_and_the_other_data()
+{
+    QTest::addColumn<QString>("edit");
     QTest::addColumn<QStringList>("before");
     QTest::addColumn<QString>("after");
-    QTest::addRow("a text") << QStringList{u"old|beside"_s} << u"new|beside"_s;
-    QTest::addRow("NULL") << QStringList{u"old|NULL"_s} << u"new|NULL"_s;
-    QTest::addRow("no row") << QStringList{} << u"new|"_s;
+    // The slot of the preamble takes the other text from the table, that of the postamble from the edit.
+    const QString first = u"preambleEdit"_s;
+    const QString second = u"postambleEdit"_s;
+    QTest::addRow("preamble beside a text") << first << QStringList{u"old|stored"_s} << u"new|stored"_s;
+    QTest::addRow("preamble beside NULL") << first << QStringList{u"old|NULL"_s} << u"new|NULL"_s;
+    QTest::addRow("preamble without a row") << first << QStringList{} << u"new|"_s;
+    QTest::addRow("preamble of two rows") << first << QStringList{u"a|b"_s, u"c|d"_s} << u"new|b"_s;
+    QTest::addRow("postamble beside a text") << second << QStringList{u"stored|old"_s} << u"shown|new"_s;
+    QTest::addRow("postamble of two rows") << second << QStringList{u"a|b"_s, u"c|d"_s} << u"shown|new"_s;
 }
 
-void TestBoilerplate::preamble_slot_keeps_what_stands_beside_it()
+void TestBoilerplate::slot_replaces_all_rows_by_its_text_and_the_other()
 {
-    QFETCH(QStringList, before);
+    QFETCH(const QString, edit);
+    QFETCH(const QStringList, before);
+    QFETCH(const QString, after);
     Stage stage;
-    store(stage, before);
-    preamble(stage)->setPlainText(u"new"_s);
-    QCOMPARE(stored(stage).size(), 1);
-    QTEST(stored(stage).constFirst(), "after");
-}
-
-void TestBoilerplate::rows_too_many_are_reduced_to_one_data()
-{
-    QTest::addColumn<QString>("after");
-    QTest::addRow("preambleEdit") << u"new|b"_s;
-    QTest::addRow("postambleEdit") << u"shown|new"_s;
-}
-
-void TestBoilerplate::rows_too_many_are_reduced_to_one()
-{
-    Stage stage;
-    preamble(stage)->setPlainText(u"shown"_s);
-    store(stage, {u"a|b"_s, u"c|d"_s});
-    stage.find<QPlainTextEdit>(QString::fromLatin1(QTest::currentDataTag()))->setPlainText(u"new"_s);
-    QCOMPARE(stored(stage).size(), 1);
-    QTEST(stored(stage).constFirst(), "after");
+    setText(stage, u"preambleEdit"_s, u"shown"_s);
+    setText(stage, u"postambleEdit"_s, u"shown"_s);
+    storeTexts(stage, before);
+    setText(stage, edit, u"new"_s);
+    QCOMPARE(storedTexts(stage), QStringList{after});
+    QCOMPARE(shownTexts(stage), edit == "preambleEdit"_L1 ? u"new|shown"_s : u"shown|new"_s);
 }
 
 void TestBoilerplate::failing_statement_is_passed_over_data()
@@ -233,52 +187,78 @@ void TestBoilerplate::failing_statement_is_passed_over_data()
     QTest::addColumn<QString>("edit");
     QTest::addColumn<QString>("sabotage");
     QTest::addColumn<QStringList>("after");
-    for (const auto edit : {"preambleEdit"_L1, "postambleEdit"_L1}) {
-        const bool first = edit == "preambleEdit"_L1;
-        QTest::addRow("%s, row can't be deleted", edit.data())
-            << QString(edit) << u"BEFORE DELETE"_s
-            << QStringList{u"old|stored"_s, first ? u"new|stored"_s : u"shown|new"_s};
+    const auto guard = [](const QString &act) {
+        return QString("CREATE TRIGGER guard BEFORE "_L1 + act +
+                       " ON boilerplate BEGIN SELECT RAISE(ABORT, 'no'); END"_L1);
+    };
+    for (const auto &edit : {u"preambleEdit"_s, u"postambleEdit"_s}) {
+        const QByteArray name = edit.toLatin1();
+        QTest::addRow("%s, row can't be deleted", name.constData())
+            << edit << guard(u"DELETE"_s)
+            << QStringList{u"old|stored"_s, edit == "preambleEdit"_L1 ? u"new|stored"_s : u"shown|new"_s};
         // Each statement stands alone: the row that was deleted is gone.
-        QTest::addRow("%s, row can't be inserted", edit.data()) << QString(edit) << u"BEFORE INSERT"_s << QStringList{};
-        QTest::addRow("%s, no table", edit.data()) << QString(edit) << QString() << QStringList{};
+        QTest::addRow("%s, row can't be inserted", name.constData()) << edit << guard(u"INSERT"_s) << QStringList{};
+        QTest::addRow("%s, no table", name.constData()) << edit << u"DROP TABLE boilerplate"_s << QStringList{};
     }
 }
 
 void TestBoilerplate::failing_statement_is_passed_over()
 {
-    QFETCH(QString, edit);
-    QFETCH(QString, sabotage);
-    QFETCH(QStringList, after);
+    QFETCH(const QString, edit);
+    QFETCH(const QString, sabotage);
+    QFETCH(const QStringList, after);
     Stage stage;
     {
-        const QSignalBlocker unnoticed(preamble(stage));
-        preamble(stage)->setPlainText(u"shown"_s);
+        const QuietRefresh unnoticed(stage);
+        setText(stage, u"preambleEdit"_s, u"shown"_s);
     }
-    store(stage, {u"old|stored"_s});
-    if (sabotage.isEmpty())
-        QVERIFY(stage.exec(u"DROP TABLE boilerplate"_s));
-    else
-        QVERIFY(stage.exec("CREATE TRIGGER guard "_L1 + sabotage +
-                           " ON boilerplate BEGIN SELECT RAISE(ABORT, 'no'); END"_L1));
+    storeTexts(stage, {u"old|stored"_s});
+    QVERIFY(stage.exec(sabotage));
     QVERIFY(!stage.asksBeforeClosing());
 
-    stage.find<QPlainTextEdit>(edit)->setPlainText(u"new"_s);
-    if (sabotage.isEmpty())
-        QVERIFY(!stage.project().tables(QSql::Tables).contains(u"boilerplate"_s));
-    else
-        QCOMPARE(stored(stage), after);
+    setText(stage, edit, u"new"_s);
+    const bool dropped = sabotage.startsWith("DROP"_L1);
+    QCOMPARE(stage.database().tables(QSql::Tables).contains(u"boilerplate"_s), !dropped);
+    if (!dropped)
+        QCOMPARE(storedTexts(stage), after);
     QVERIFY(stage.asksBeforeClosing());
 }
 
-void TestBoilerplate::refresh_with_nothing_new_counts_as_a_change()
+void TestBoilerplate::missing_table_is_made_anew()
 {
     Stage stage;
-    QVERIFY(!stage.asksBeforeClosing());
-    const QStringList before = stored(stage);
+    const QString statement = u"SELECT sql FROM sqlite_master WHERE name = 'boilerplate'"_s;
+    QVERIFY(stage.exec(u"DROP TABLE boilerplate"_s));
+    setText(stage, u"preambleEdit"_s, u"Mine."_s);
+    setText(stage, u"postambleEdit"_s, u"Mine, too."_s);
+    QCOMPARE(stage.rows(statement), Rows());
     stage.call("loadProject");
-    QCOMPARE(stored(stage), before);
-    QVERIFY(stage.asksBeforeClosing());
+    QCOMPARE(stage.column(statement), QStringList{u"CREATE TABLE boilerplate (preamble TEXT, postamble TEXT)"_s});
+    QCOMPARE(storedTexts(stage), QStringList{defaultTexts});
+    QCOMPARE(shownTexts(stage), QString(defaultTexts));
 }
 
-QTEST_MAIN(TestBoilerplate)
+void TestBoilerplate::table_that_cannot_be_made_shows_the_defaults_data()
+{
+    QTest::addColumn<QString>("view");
+    QTest::addRow("no row") << u"SELECT 'x' AS preamble, 'y' AS postamble WHERE 0"_s;
+    QTest::addRow("no such columns") << u"SELECT 'x' AS other"_s;
+    QTest::addRow("a row that fails") << u"SELECT abs(-9223372036854775808) AS preamble, 'y' AS postamble"_s;
+}
+
+/// A view takes the name, but is no table: neither the making nor the storing works.
+void TestBoilerplate::table_that_cannot_be_made_shows_the_defaults()
+{
+    QFETCH(const QString, view);
+    Stage stage;
+    setText(stage, u"preambleEdit"_s, u"Mine."_s);
+    setText(stage, u"postambleEdit"_s, u"Mine, too."_s);
+    QVERIFY(stage.exec(u"DROP TABLE boilerplate"_s));
+    QVERIFY(stage.exec("CREATE VIEW boilerplate AS "_L1 + view));
+    stage.call("loadProject");
+    QCOMPARE(shownTexts(stage), QString(defaultTexts));
+    QVERIFY(!stage.database().tables(QSql::Tables).contains(u"boilerplate"_s));
+}
+
+ORRINET_TEST(TestBoilerplate)
 #include "tst_boilerplate.moc"

@@ -3,16 +3,29 @@
 #include "tests/project/projectfile.h"
 #include "tests/support/modal.h"
 
-#include <QMessageBox>
-#include <QScopeGuard>
-#include <QTest>
-
-#include <functional>
-#include <memory>
+#include <QDialog>
 
 using namespace Qt::StringLiterals;
 
-using Answer = std::function<void(QWidget *)>;
+namespace {
+
+Answer pressingOn(QMessageBox::StandardButton button)
+{
+    return [button](QWidget *box) { answerBox(box, button); };
+}
+
+Answer typing(Qt::Key key)
+{
+    return [key](QWidget *window) { QTest::keyClick(window, key); };
+}
+
+/// Ends a dialog as no button of it does.
+Answer ending(int result)
+{
+    return [result](QWidget *dialog) { qobject_cast<QDialog *>(dialog)->done(result); };
+}
+
+} // namespace
 
 class TestDiscardPrompt : public QObject
 {
@@ -22,23 +35,21 @@ private Q_SLOTS:
     void opening_asks_before_changes_are_discarded();
     void answer_decides_whether_changes_are_discarded_data();
     void answer_decides_whether_changes_are_discarded();
-    void unchanged_project_is_discarded_unasked();
+    void opening_asks_nothing_data();
+    void opening_asks_nothing();
     void the_question_comes_after_the_file_dialog();
     void the_question_comes_before_the_file_is_looked_at();
     void what_happens_behind_the_question_counts();
-    void an_answer_without_a_button_closes_the_window_but_opens_nothing();
-    void opening_asks_nothing_in_test_mode();
+    void closing_takes_an_answer_without_a_button_for_a_yes();
 };
 
 void TestDiscardPrompt::opening_asks_before_changes_are_discarded()
 {
     Stage stage;
     stage.window()->markDirty();
-    QVERIFY(makeProjectFile(stage.path(u"other.ormt"_s)));
     const Modal modal([&stage](QWidget *window) {
         auto *box = qobject_cast<QMessageBox *>(window);
         QVERIFY(box != nullptr);
-        const auto done = qScopeGuard([box] { answerBox(box, QMessageBox::No); });
         QCOMPARE(box->windowTitle(), u"Open Project"_s);
         QCOMPARE(box->text(), u"Discard current changes and open another project?"_s);
         QCOMPARE(box->icon(), QMessageBox::Question);
@@ -47,7 +58,7 @@ void TestDiscardPrompt::opening_asks_before_changes_are_discarded()
         QCOMPARE(box->defaultButton(), box->button(QMessageBox::No));
         QCOMPARE(box->parentWidget(), stage.window());
     });
-    QVERIFY(!stage.result("openProjectFromFile", stage.path(u"other.ormt"_s)));
+    QVERIFY(!stage.result("openProjectFromFile", writeOther(stage)));
     QVERIFY(modal.wasAnswered());
 }
 
@@ -55,12 +66,13 @@ void TestDiscardPrompt::answer_decides_whether_changes_are_discarded_data()
 {
     QTest::addColumn<Answer>("answer");
     QTest::addColumn<bool>("opened");
-    QTest::newRow("Yes") << Answer([](QWidget *box) { answerBox(box, QMessageBox::Yes); }) << true;
-    QTest::newRow("No") << Answer([](QWidget *box) { answerBox(box, QMessageBox::No); }) << false;
-    QTest::newRow("Escape") << Answer([](QWidget *box) { QTest::keyClick(box, Qt::Key_Escape); }) << false;
-    QTest::newRow("Return") << Answer([](QWidget *box) { QTest::keyClick(box, Qt::Key_Return); }) << false;
+    QTest::newRow("Yes") << pressingOn(QMessageBox::Yes) << true;
+    QTest::newRow("No") << pressingOn(QMessageBox::No) << false;
+    QTest::newRow("Escape") << typing(Qt::Key_Escape) << false;
+    QTest::newRow("Return") << typing(Qt::Key_Return) << false;
     QTest::newRow("closed") << Answer([](QWidget *box) { box->close(); }) << false;
-    QTest::newRow("no button") << Answer([](QWidget *box) { qobject_cast<QDialog *>(box)->done(-1); }) << false;
+    QTest::newRow("no button") << ending(-1) << false;
+    QTest::newRow("accepted by no button") << ending(QDialog::Accepted) << false;
 }
 
 void TestDiscardPrompt::answer_decides_whether_changes_are_discarded()
@@ -69,49 +81,54 @@ void TestDiscardPrompt::answer_decides_whether_changes_are_discarded()
     QFETCH(const bool, opened);
     Stage stage;
     stage.call("insertPersona", u"Number Nine"_s, u"Calm."_s);
-    stage.call("insertQuestion", u"Why?"_s, u"text"_s, false);
-    const QString path = stage.path(u"other.ormt"_s);
-    QVERIFY(makeProjectFile(path, oneOfEach()));
+    stage.call("insertQuestion", u"Mine?"_s, u"text"_s, false);
+    const QString path = writeOther(stage);
     const QSqlTableModel *model = questionModel(stage);
-    {
-        const Modal modal(answer);
-        QCOMPARE(stage.result("openProjectFromFile", path), opened);
-        QVERIFY(modal.wasAnswered());
-    }
-    QCOMPARE(shownPersonas(stage), QStringList{opened ? u"Number One"_s : u"Number Nine"_s});
-    QCOMPARE(stage.value(u"SELECT name FROM personas"_s).toString(), opened ? u"Number One"_s : u"Number Nine"_s);
+    const Modal modal(answer);
+    QCOMPARE(stage.result("openProjectFromFile", path), opened);
+    QVERIFY(modal.wasAnswered());
+
+    const QStringList expected{opened ? u"Number One"_s : u"Number Nine"_s};
+    QCOMPARE(shownPersonas(stage), expected);
+    QCOMPARE(stage.column(u"SELECT name FROM personas"_s), expected);
+    QCOMPARE(stage.column(u"SELECT prompt FROM questions"_s), QStringList{opened ? u"Why?"_s : u"Mine?"_s});
     QVERIFY(questionListIsWhole(stage));
+    QVERIFY(opened || questionModel(stage) == model);
     QCOMPARE(stage.asksBeforeClosing(), !opened);
     QVERIFY(onlyProjectIsConnected());
-    if (opened) {
-        QVERIFY(savesTo(stage, path));
-    } else {
-        QCOMPARE(questionModel(stage), model);
-        QVERIFY(belongsToNoFile(stage));
-    }
+    QVERIFY(opened ? savesTo(stage, path) : belongsToNoFile(stage));
 }
 
-void TestDiscardPrompt::unchanged_project_is_discarded_unasked()
+void TestDiscardPrompt::opening_asks_nothing_data()
 {
+    QTest::addColumn<bool>("changed");
+    QTest::addColumn<bool>("testMode");
+    QTest::newRow("unchanged") << false << false;
+    QTest::newRow("in test mode") << true << true;
+}
+
+void TestDiscardPrompt::opening_asks_nothing()
+{
+    QFETCH(const bool, changed);
+    QFETCH(const bool, testMode);
     Stage stage;
-    QVERIFY(makeProjectFile(stage.path(u"other.ormt"_s), oneOfEach()));
-    const Modal modal([](QWidget *box) { answerBox(box, QMessageBox::No); });
-    QVERIFY(stage.result("openProjectFromFile", stage.path(u"other.ormt"_s)));
-    QVERIFY(!modal.wasAnswered());
+    Stage::setTestMode(testMode);
+    if (changed)
+        stage.window()->markDirty();
+    // Closing asks in test mode as well.
+    QCOMPARE(stage.asksBeforeClosing(), changed);
+    const QString path = writeOther(stage);
+    QVERIFY(asksNothing([&] { QVERIFY(stage.result("openProjectFromFile", path)); }));
+    QCOMPARE(shownPersonas(stage), QStringList{u"Number One"_s});
 }
 
 void TestDiscardPrompt::the_question_comes_after_the_file_dialog()
 {
     Stage stage;
     stage.window()->markDirty();
-    QVERIFY(makeProjectFile(stage.path(u"other.ormt"_s), oneOfEach()));
-    std::unique_ptr<Modal> question;
-    const Modal modal([&](QWidget *dialog) {
-        enterPath(dialog, stage.path(u"other.ormt"_s));
-        question = std::make_unique<Modal>([](QWidget *box) { answerBox(box, QMessageBox::Yes); });
-    });
-    stage.action(u"Open Project"_s)->trigger();
-    QVERIFY(question->wasAnswered());
+    const QString path = writeOther(stage);
+    const Answer choose = [path](QWidget *dialog) { enterPath(dialog, path); };
+    QCOMPARE(answerInTurn(stage, u"Open Project"_s, {choose, pressingOn(QMessageBox::Yes)}), 2);
     QCOMPARE(shownPersonas(stage), QStringList{u"Number One"_s});
 }
 
@@ -119,28 +136,25 @@ void TestDiscardPrompt::the_question_comes_before_the_file_is_looked_at()
 {
     Stage stage;
     stage.window()->markDirty();
-    const QString path = stage.path(u"missing.ormt"_s);
-    const Modal modal([&](QWidget *box) {
-        QVERIFY(onlyProjectIsConnected());
-        answerBox(box, QMessageBox::No);
-    });
-    QVERIFY(!stage.result("openProjectFromFile", path));
-    QVERIFY(modal.wasAnswered());
-    QVERIFY(!QFile::exists(path));
     // Nor does a path that can't be opened spare the question.
-    const Modal again([](QWidget *box) { answerBox(box, QMessageBox::No); });
-    QVERIFY(!stage.result("openProjectFromFile", stage.path(u"no/where.ormt"_s)));
-    QVERIFY(again.wasAnswered());
+    for (const auto name : {"missing.ormt"_L1, "no/where.ormt"_L1}) {
+        const Modal modal([](QWidget *box) {
+            QVERIFY(onlyProjectIsConnected());
+            answerBox(box, QMessageBox::No);
+        });
+        QVERIFY(!stage.result("openProjectFromFile", stage.path(name)));
+        QVERIFY(modal.wasAnswered());
+        QVERIFY(!QFile::exists(stage.path(name)));
+    }
 }
 
 void TestDiscardPrompt::what_happens_behind_the_question_counts()
 {
     Stage stage;
     stage.call("insertPersona", u"Number Nine"_s, u"Calm."_s);
-    const QString inner = stage.path(u"inner.ormt"_s);
-    const QString outer = stage.path(u"outer.ormt"_s);
-    QVERIFY(makeProjectFile(inner, oneOfEach()));
-    QVERIFY(makeProjectFile(outer, {u"INSERT INTO personas (uuid, name) VALUES ('two', 'Number Two')"_s}));
+    const QString inner = writeOther(stage);
+    const QString outer = writeProject(stage.path(u"outer.ormt"_s),
+                                       {u"INSERT INTO personas (uuid, name) VALUES ('two', 'Number Two')"_s});
     const Modal modal([&](QWidget *box) {
         QVERIFY(stage.result("saveProjectToFile", stage.path(u"meanwhile.ormt"_s)));
         QVERIFY(stage.result("openProjectFromFile", inner));
@@ -150,42 +164,21 @@ void TestDiscardPrompt::what_happens_behind_the_question_counts()
     QVERIFY(stage.result("openProjectFromFile", outer));
     QVERIFY(modal.wasAnswered());
     QCOMPARE(shownPersonas(stage), QStringList{u"Number Two"_s});
-    QCOMPARE(count(stage, u"questions"_s), 0);
+    QCOMPARE(stage.count(u"questions"_s), 0);
     QVERIFY(questionListIsWhole(stage));
     QVERIFY(onlyProjectIsConnected());
     QVERIFY(savesTo(stage, outer));
 }
 
-void TestDiscardPrompt::an_answer_without_a_button_closes_the_window_but_opens_nothing()
+void TestDiscardPrompt::closing_takes_an_answer_without_a_button_for_a_yes()
 {
     Stage stage;
     stage.window()->show();
     stage.window()->markDirty();
-    const Modal modal([](QWidget *box) { qobject_cast<QDialog *>(box)->accept(); });
-    QVERIFY(!stage.result("openProjectFromFile", stage.path(u"other.ormt"_s)));
-    QVERIFY(modal.wasAnswered());
-    const Modal again([](QWidget *box) { qobject_cast<QDialog *>(box)->accept(); });
+    const Modal modal(ending(QDialog::Accepted));
     QVERIFY(stage.window()->close());
-    QVERIFY(again.wasAnswered());
+    QVERIFY(modal.wasAnswered());
 }
 
-void TestDiscardPrompt::opening_asks_nothing_in_test_mode()
-{
-    Stage stage;
-    stage.call("insertPersona", u"Number Nine"_s, u"Calm."_s);
-    QVERIFY(makeProjectFile(stage.path(u"other.ormt"_s), oneOfEach()));
-    Stage::setTestMode(true);
-    {
-        const Modal modal([](QWidget *box) { answerBox(box, QMessageBox::No); });
-        QVERIFY(stage.result("openProjectFromFile", stage.path(u"other.ormt"_s)));
-        QCoreApplication::processEvents();
-        QVERIFY(!modal.wasAnswered());
-    }
-    QCOMPARE(shownPersonas(stage), QStringList{u"Number One"_s});
-    // Closing asks in test mode as well.
-    stage.window()->markDirty();
-    QVERIFY(stage.asksBeforeClosing());
-}
-
-QTEST_MAIN(TestDiscardPrompt)
+ORRINET_TEST(TestDiscardPrompt)
 #include "tst_discardprompt.moc"

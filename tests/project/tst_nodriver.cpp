@@ -1,13 +1,15 @@
-// The window on a Qt that finds no SQLite driver. A program of its own, since a driver once loaded is never forgotten.
+// The window on a Qt that finds no SQLite driver. One test function, since a driver once loaded is never forgotten.
 
 #include "tests/support/messagelog.h"
 #include "tests/support/modal.h"
-#include "tests/support/stage.h"
+#include "tests/support/shown.h"
+#include "tests/support/testcase.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QPlainTextEdit>
 #include <QTableView>
+#include <QTableWidget>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -25,10 +27,13 @@ private Q_SLOTS:
         {
             const MessageLog log;
             stage.window();
-            checkWarnings(log);
+            checkWarnings(log, {u"failed to create in-memory project Driver not loaded Driver not loaded"_s});
         }
         checkViews(stage);
-        slotsDoNothing(stage);
+        QVERIFY(asksNothing([&stage] { callSlots(stage); }));
+        QVERIFY(stage.action(u"Run"_s)->isEnabled());
+        QVERIFY(!stage.asksBeforeClosing());
+        refreshEmptiesThePersonaList(stage);
         newProjectTriesAgain(stage);
 
         QCoreApplication::setLibraryPaths(libraries);
@@ -36,35 +41,30 @@ private Q_SLOTS:
     }
 
 private:
-    static void checkWarnings(const MessageLog &log)
+    static void checkWarnings(const MessageLog &log, const QStringList &expected)
     {
         // The others are Qt's own words about the driver.
         QStringList ours = log.warnings();
         ours.removeIf([](const QString &text) { return text.startsWith("QSqlDatabase"_L1); });
-        QCOMPARE(ours, QStringList{u"failed to create in-memory project Driver not loaded Driver not loaded"_s});
+        QCOMPARE(ours, expected);
     }
 
     static void checkViews(Stage &stage)
     {
-        QVERIFY(!stage.project().isOpen());
-        QCOMPARE(stage.find<QTableWidget>(u"personaTable"_s)->rowCount(), 0);
-        QCOMPARE(stage.find<QTableWidget>(u"resultsTable"_s)->rowCount(), 0);
-        QVERIFY(stage.find<QTableView>(u"questionView"_s)->model() == nullptr);
-        QCOMPARE(stage.find<QPlainTextEdit>(u"preambleEdit"_s)->toPlainText(), QString());
-        QCOMPARE(stage.find<QComboBox>(u"tagFilter"_s)->count(), 0);
+        QVERIFY(!stage.database().isOpen());
+        QCOMPARE(personaTable(stage)->rowCount(), 0);
+        QCOMPARE(resultsTable(stage)->rowCount(), 0);
+        QVERIFY(questionView(stage)->model() == nullptr);
+        QCOMPARE(preambleEdit(stage)->toPlainText(), QString());
+        QCOMPARE(tagFilter(stage)->count(), 0);
         QVERIFY(!stage.asksBeforeClosing());
     }
 
-    static void slotsDoNothing(Stage &stage)
+    static void callSlots(Stage &stage)
     {
-        const Modal modal([](QWidget *window) { window->close(); });
-        stage.call("loadQuestions");
-        stage.call("loadResults");
-        stage.call("applyTagFilter");
-        stage.call("runSurvey");
-        stage.call("showConversation");
-        stage.call("copyPersona");
-        stage.call("deletePersona");
+        for (const char *slot : {"loadQuestions", "loadResults", "applyTagFilter", "runSurvey", "showConversation",
+                                 "copyPersona", "deletePersona"})
+            stage.call(slot);
         stage.call("insertPersona", u"Number One"_s, u"Calm."_s);
         stage.call("updatePersona", u"one"_s, u"Number One"_s, u"Calm."_s);
         stage.call("insertQuestion", u"Why?"_s, u"text"_s, false);
@@ -72,55 +72,47 @@ private:
         stage.call("importPack", stage.path(u"missing.ornk"_s));
         QVERIFY(!stage.result("saveProjectToFile", stage.path(u"saved.ormt"_s)));
         QVERIFY(!stage.result("exportPackToFile", stage.path(u"saved.ornk"_s)));
-        // Neither does typing.
-        stage.find<QPlainTextEdit>(u"preambleEdit"_s)->setPlainText(u"Mine."_s);
-        stage.find<QPlainTextEdit>(u"postambleEdit"_s)->setPlainText(u"Mine, too."_s);
+        QTest::keyClicks(preambleEdit(stage), u"Mine."_s);
+        QTest::keyClicks(postambleEdit(stage), u"Mine, too."_s);
         QCoreApplication::processEvents();
-        QVERIFY(!modal.wasAnswered());
-        QVERIFY(stage.action(u"Run"_s)->isEnabled());
-        QVERIFY(!stage.asksBeforeClosing());
+    }
 
-        // The persona list is emptied before the database is asked for.
-        auto *table = stage.find<QTableWidget>(u"personaTable"_s);
-        table->setRowCount(2);
+    /// That comes before the database is asked for.
+    static void refreshEmptiesThePersonaList(Stage &stage)
+    {
+        personaTable(stage)->setRowCount(2);
         stage.call("loadProject");
-        QCOMPARE(table->rowCount(), 0);
-        QCOMPARE(stage.find<QPlainTextEdit>(u"preambleEdit"_s)->toPlainText(), u"Mine."_s);
-        QCOMPARE(stage.find<QComboBox>(u"tagFilter"_s)->count(), 0);
+        QCOMPARE(personaTable(stage)->rowCount(), 0);
+        QCOMPARE(preambleEdit(stage)->toPlainText(), u"Mine."_s);
+        QCOMPARE(tagFilter(stage)->count(), 0);
     }
 
     static void newProjectTriesAgain(Stage &stage)
     {
-        auto *table = stage.find<QTableWidget>(u"personaTable"_s);
-        table->setRowCount(2);
+        personaTable(stage)->setRowCount(2);
         stage.window()->markDirty();
-        {
-            const MessageLog log;
-            stage.action(u"New Project"_s)->trigger();
-            checkWarnings(log);
-        }
-        QCOMPARE(table->rowCount(), 2);
-        QCOMPARE(stage.find<QPlainTextEdit>(u"preambleEdit"_s)->toPlainText(), u"Mine."_s);
+        const MessageLog log;
+        stage.action(u"New Project"_s)->trigger();
+        checkWarnings(log, {u"failed to create in-memory project Driver not loaded Driver not loaded"_s});
+        QCOMPARE(personaTable(stage)->rowCount(), 2);
+        QCOMPARE(preambleEdit(stage)->toPlainText(), u"Mine."_s);
         QVERIFY(stage.asksBeforeClosing());
     }
 
     static void newProjectSucceeds(Stage &stage)
     {
-        {
-            const MessageLog log;
-            stage.action(u"New Project"_s)->trigger();
-            for (const auto listed = log.warnings(); const QString &text : listed)
-                QVERIFY2(text.startsWith("QSqlDatabase"_L1), qPrintable(text));
-        }
-        QVERIFY(stage.project().isOpen());
-        QCOMPARE(stage.find<QTableWidget>(u"personaTable"_s)->rowCount(), 0);
-        QCOMPARE(stage.find<QPlainTextEdit>(u"preambleEdit"_s)->toPlainText(), u"Act as the following persona."_s);
-        QVERIFY(stage.find<QTableView>(u"questionView"_s)->model() != nullptr);
+        const MessageLog log;
+        stage.action(u"New Project"_s)->trigger();
+        checkWarnings(log, {});
+        QVERIFY(stage.database().isOpen());
+        QCOMPARE(personaTable(stage)->rowCount(), 0);
+        QCOMPARE(preambleEdit(stage)->toPlainText(), u"Act as the following persona."_s);
+        QVERIFY(questionView(stage)->model() != nullptr);
         QVERIFY(!stage.asksBeforeClosing());
         stage.call("insertPersona", u"Number One"_s, u"Calm."_s);
-        QCOMPARE(stage.find<QTableWidget>(u"personaTable"_s)->rowCount(), 1);
+        QCOMPARE(personaTable(stage)->rowCount(), 1);
     }
 };
 
-QTEST_MAIN(TestNoDriver)
+ORRINET_TEST(TestNoDriver)
 #include "tst_nodriver.moc"

@@ -1,36 +1,26 @@
 // The file dialogs of opening and saving, and what becomes of a name that is entered.
 
 #include "tests/project/projectfile.h"
-#include "tests/support/messagelog.h"
 #include "tests/support/modal.h"
 
+#include <QDir>
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QMessageBox>
-#include <QScopeGuard>
-#include <QTest>
-
-#include <functional>
-#include <memory>
 
 using namespace Qt::StringLiterals;
 
-using Answer = std::function<void(QWidget *)>;
-
 namespace {
 
-void reject(QWidget *dialog)
+/// Enters a path in a file dialog.
+Answer choosing(const QString &path)
 {
-    qobject_cast<QDialog *>(dialog)->reject();
+    return [path](QWidget *dialog) { enterPath(dialog, path); };
 }
 
-/// Triggers a menu entry that must show no window.
-bool staysSilent(Stage &stage, const QString &entry)
+/// Answers the file dialog's own question whether a file is to be replaced.
+Answer confirming(QMessageBox::StandardButton button)
 {
-    const Modal modal(reject);
-    stage.action(entry)->trigger();
-    QCoreApplication::processEvents();
-    return !modal.wasAnswered();
+    return [button](QWidget *box) { answerBox(box, button); };
 }
 
 } // namespace
@@ -59,29 +49,24 @@ void TestProjectDialogs::file_dialog_says_what_it_is_for_data()
 {
     QTest::addColumn<QString>("entry");
     QTest::addColumn<QString>("caption");
-    QTest::addColumn<int>("acceptMode");
-    QTest::addColumn<int>("fileMode");
-    const int save = QFileDialog::AcceptSave;
-    QTest::newRow("Open Project") << u"Open Project"_s << u"Open Project"_s << int(QFileDialog::AcceptOpen)
-                                  << int(QFileDialog::ExistingFile);
-    QTest::newRow("Save As") << u"Save As"_s << u"Save Project"_s << save << int(QFileDialog::AnyFile);
-    QTest::newRow("Save for the first time") << u"Save"_s << u"Save Project"_s << save << int(QFileDialog::AnyFile);
+    QTest::addColumn<bool>("saves");
+    QTest::newRow("Open Project") << u"Open Project"_s << u"Open Project"_s << false;
+    QTest::newRow("Save As") << u"Save As"_s << u"Save Project"_s << true;
+    QTest::newRow("Save for the first time") << u"Save"_s << u"Save Project"_s << true;
 }
 
 void TestProjectDialogs::file_dialog_says_what_it_is_for()
 {
     QFETCH(const QString, entry);
     QFETCH(const QString, caption);
-    QFETCH(const int, acceptMode);
-    QFETCH(const int, fileMode);
+    QFETCH(const bool, saves);
     Stage stage;
     const Modal modal([&](QWidget *window) {
-        const auto done = qScopeGuard([window] { reject(window); });
         const auto *dialog = qobject_cast<QFileDialog *>(window);
         QVERIFY(dialog != nullptr);
         QCOMPARE(dialog->windowTitle(), caption);
-        QCOMPARE(int(dialog->acceptMode()), acceptMode);
-        QCOMPARE(int(dialog->fileMode()), fileMode);
+        QCOMPARE(dialog->acceptMode(), saves ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+        QCOMPARE(dialog->fileMode(), saves ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
         QCOMPARE(dialog->nameFilters(), (QStringList{u"Persona Project (*.ormt)"_s, u"All Files (*)"_s}));
         QCOMPARE(dialog->selectedNameFilter(), u"Persona Project (*.ormt)"_s);
         QVERIFY(dialog->defaultSuffix().isEmpty());
@@ -96,21 +81,18 @@ void TestProjectDialogs::file_dialog_starts_where_the_last_one_was()
 {
     Stage stage;
     QVERIFY(QDir(stage.path(QString())).mkdir(u"files"_s));
-    {
-        const Modal modal([&](QWidget *dialog) {
-            qobject_cast<QFileDialog *>(dialog)->setDirectory(stage.path(u"files"_s));
-            enterPath(dialog, u"saved.ormt"_s);
-        });
-        stage.action(u"Save As"_s)->trigger();
-    }
-    QVERIFY(QFile::exists(stage.path(u"files/saved.ormt"_s)));
+    const Answer saveThere = [&stage](QWidget *dialog) {
+        qobject_cast<QFileDialog *>(dialog)->setDirectory(stage.path(u"files"_s));
+        enterPath(dialog, u"saved.ormt"_s);
+    };
+    QCOMPARE(answerInTurn(stage, u"Save As"_s, {saveThere}), 1);
+    QCOMPARE(filesIn(stage, u"files"_s), QStringList{u"saved.ormt"_s});
     for (const auto entry : {"Open Project"_L1, "Save As"_L1}) {
         QString folder;
-        const Modal modal([&](QWidget *dialog) {
+        const Answer look = [&folder](QWidget *dialog) {
             folder = qobject_cast<QFileDialog *>(dialog)->directory().dirName();
-            reject(dialog);
-        });
-        stage.action(entry)->trigger();
+        };
+        QCOMPARE(answerInTurn(stage, entry, {look}), 1);
         QCOMPARE(folder, u"files"_s);
     }
 }
@@ -120,7 +102,8 @@ void TestProjectDialogs::cancelled_dialog_does_nothing_data()
     QTest::addColumn<QString>("entry");
     QTest::addColumn<Answer>("answer");
     for (const auto entry : {"Open Project"_L1, "Save As"_L1, "Save"_L1}) {
-        QTest::addRow("%s, rejected", entry.data()) << QString(entry) << Answer(reject);
+        QTest::addRow("%s, Cancel", entry.data())
+            << QString(entry) << Answer([](QWidget *dialog) { QVERIFY(pressButton(dialog, u"Cancel"_s)); });
         QTest::addRow("%s, Escape", entry.data())
             << QString(entry) << Answer([](QWidget *dialog) { QTest::keyClick(dialog, Qt::Key_Escape); });
         QTest::addRow("%s, closed", entry.data()) << QString(entry) << Answer([](QWidget *dialog) { dialog->close(); });
@@ -133,11 +116,9 @@ void TestProjectDialogs::cancelled_dialog_does_nothing()
     QFETCH(const Answer, answer);
     Stage stage;
     stage.call("insertPersona", u"Number One"_s, u"Calm."_s);
-    const QStringList files = QDir(stage.path(QString())).entryList(QDir::Files);
-    const Modal modal(answer);
-    stage.action(entry)->trigger();
-    QVERIFY(modal.wasAnswered());
-    QCOMPARE(QDir(stage.path(QString())).entryList(QDir::Files), files);
+    const QStringList files = filesIn(stage);
+    QCOMPARE(answerInTurn(stage, entry, {answer}), 1);
+    QCOMPARE(filesIn(stage), files);
     QCOMPARE(shownPersonas(stage), QStringList{u"Number One"_s});
     QVERIFY(stage.asksBeforeClosing());
     QVERIFY(belongsToNoFile(stage));
@@ -148,12 +129,9 @@ void TestProjectDialogs::chosen_name_is_saved_as_it_stands()
     Stage stage;
     stage.call("insertPersona", u"Number One"_s, u"Calm."_s);
     const QString path = stage.path(u"no extension"_s);
-    const Modal modal([&](QWidget *dialog) { enterPath(dialog, path); });
-    stage.action(u"Save As"_s)->trigger();
-    QVERIFY(modal.wasAnswered());
-    QVERIFY(QFile::exists(path));
-    QVERIFY(!QFile::exists(path + ".ormt"_L1));
-    QCOMPARE(SideFile(path).value(u"SELECT name FROM personas"_s).toString(), u"Number One"_s);
+    QCOMPARE(answerInTurn(stage, u"Save As"_s, {choosing(path)}), 1);
+    QCOMPARE(filesIn(stage), QStringList{u"no extension"_s});
+    QCOMPARE(SideDatabase(path).column(u"SELECT name FROM personas"_s), QStringList{u"Number One"_s});
     QVERIFY(!stage.asksBeforeClosing());
     QVERIFY(savesTo(stage, path));
 }
@@ -161,11 +139,8 @@ void TestProjectDialogs::chosen_name_is_saved_as_it_stands()
 void TestProjectDialogs::chosen_file_is_opened()
 {
     Stage stage;
-    const QString path = stage.path(u"other.project"_s);
-    QVERIFY(makeProjectFile(path, oneOfEach()));
-    const Modal modal([&](QWidget *dialog) { enterPath(dialog, path); });
-    stage.action(u"Open Project"_s)->trigger();
-    QVERIFY(modal.wasAnswered());
+    const QString path = writeProject(stage.path(u"other.project"_s), oneOfEach());
+    QCOMPARE(answerInTurn(stage, u"Open Project"_s, {choosing(path)}), 1);
     QCOMPARE(shownPersonas(stage), QStringList{u"Number One"_s});
     QVERIFY(savesTo(stage, path));
 }
@@ -173,18 +148,10 @@ void TestProjectDialogs::chosen_file_is_opened()
 void TestProjectDialogs::chosen_file_that_does_not_open_leaves_no_sign()
 {
     Stage stage;
-    const QString path = stage.path(u"text.ormt"_s);
-    QVERIFY(writeBytes(path, "No database at all. "_ba.repeated(50)));
+    const QString path = writeText(stage);
     const MessageLog log;
-    {
-        const Modal modal([&](QWidget *dialog) { enterPath(dialog, path); });
-        stage.action(u"Open Project"_s)->trigger();
-        QVERIFY(modal.wasAnswered());
-    }
-    const Modal modal(reject);
-    QCoreApplication::processEvents();
-    QVERIFY(!modal.wasAnswered());
-    QCOMPARE(log.warnings(), QStringList{refusal(stage, u"ATTACH DATABASE '%1' AS disk"_s.arg(path))});
+    QCOMPARE(answerInTurn(stage, u"Open Project"_s, {choosing(path)}), 1);
+    QCOMPARE(log.warnings(), QStringList{readingError(stage, path)});
 }
 
 void TestProjectDialogs::saving_over_a_file_fails_even_when_confirmed()
@@ -195,19 +162,8 @@ void TestProjectDialogs::saving_over_a_file_fails_even_when_confirmed()
     const QByteArray before = readBytes(path);
     stage.call("insertPersona", u"Number One"_s, u"Calm."_s);
     const MessageLog log;
-    {
-        std::unique_ptr<Modal> confirmation;
-        const Modal modal([&](QWidget *dialog) {
-            confirmation = std::make_unique<Modal>([](QWidget *box) { answerBox(box, QMessageBox::Yes); });
-            enterPath(dialog, path);
-        });
-        stage.action(u"Save As"_s)->trigger();
-        QVERIFY(confirmation->wasAnswered());
-    }
-    const Modal modal(reject);
-    QCoreApplication::processEvents();
-    QVERIFY(!modal.wasAnswered());
-    QCOMPARE(log.warnings(), QStringList{"vacuum into failed "_L1 + refusal(stage, u"VACUUM INTO ?"_s, {path})});
+    QCOMPARE(answerInTurn(stage, u"Save As"_s, {choosing(path), confirming(QMessageBox::Yes)}), 2);
+    QCOMPARE(log.warnings(), QStringList{savingError(stage, path)});
     QCOMPARE(readBytes(path), before);
     QVERIFY(stage.asksBeforeClosing());
 }
@@ -215,17 +171,9 @@ void TestProjectDialogs::saving_over_a_file_fails_even_when_confirmed()
 void TestProjectDialogs::replacement_that_is_not_confirmed_saves_nothing()
 {
     Stage stage;
-    const QString path = stage.path(u"there.ormt"_s);
-    QVERIFY(writeBytes(path, "taken"));
+    const QString path = writeBytes(stage.path(u"there.ormt"_s), "taken"_ba);
     stage.call("insertPersona", u"Number One"_s, u"Calm."_s);
-    std::unique_ptr<Modal> confirmation;
-    const Modal modal([&](QWidget *dialog) {
-        confirmation = std::make_unique<Modal>([](QWidget *box) { answerBox(box, QMessageBox::No); });
-        enterPath(dialog, path);
-        reject(dialog);
-    });
-    stage.action(u"Save As"_s)->trigger();
-    QVERIFY(confirmation->wasAnswered());
+    QCOMPARE(answerInTurn(stage, u"Save As"_s, {choosing(path), confirming(QMessageBox::No)}), 2);
     QCOMPARE(readBytes(path), "taken"_ba);
     QVERIFY(stage.asksBeforeClosing());
 }
@@ -234,19 +182,15 @@ void TestProjectDialogs::save_asks_for_a_name_once()
 {
     Stage stage;
     const QString path = stage.path(u"saved.ormt"_s);
-    {
-        const Modal modal([&](QWidget *dialog) { enterPath(dialog, path); });
-        stage.action(u"Save"_s)->trigger();
-        QVERIFY(modal.wasAnswered());
-    }
+    QCOMPARE(answerInTurn(stage, u"Save"_s, {choosing(path)}), 1);
     QVERIFY(QFile::remove(path));
-    QVERIFY(staysSilent(stage, u"Save"_s));
+    QCOMPARE(answerInTurn(stage, u"Save"_s, {}), 0);
     QVERIFY(QFile::exists(path));
     // Now there is a file, which "Save" does not write over, and it does not ask for another name.
     stage.window()->markDirty();
     const MessageLog log;
-    QVERIFY(staysSilent(stage, u"Save"_s));
-    QCOMPARE(log.warnings(), QStringList{"vacuum into failed "_L1 + refusal(stage, u"VACUUM INTO ?"_s, {path})});
+    QCOMPARE(answerInTurn(stage, u"Save"_s, {}), 0);
+    QCOMPARE(log.warnings(), QStringList{savingError(stage, path)});
     QVERIFY(stage.asksBeforeClosing());
 }
 
@@ -265,12 +209,12 @@ void TestProjectDialogs::nothing_is_asked_in_test_mode()
     // Any value counts, even an empty one.
     for (const auto &value : {"1"_ba, "0"_ba, ""_ba}) {
         qputenv("ORRINET_TEST_MODE", value);
-        QVERIFY(staysSilent(stage, entry));
+        QCOMPARE(answerInTurn(stage, entry, {}), 0);
     }
     QCOMPARE(shownPersonas(stage), QStringList{u"Number One"_s});
     QVERIFY(stage.asksBeforeClosing());
     QVERIFY(belongsToNoFile(stage));
 }
 
-QTEST_MAIN(TestProjectDialogs)
+ORRINET_TEST(TestProjectDialogs)
 #include "tst_projectdialogs.moc"

@@ -3,8 +3,6 @@
 #include "tests/project/projectfile.h"
 
 #include <QProcess>
-#include <QStandardPaths>
-#include <QTest>
 
 #include <cmath>
 
@@ -31,83 +29,58 @@ QString longText()
     return u"Keeps bees, \u0434\u0435\u0440\u0436\u0438\u0442 \U0001f41d. "_s.repeated(130 * 1024 / 24);
 }
 
+/// One row with an odd text in each table but the boilerplate.
+void fillWith(Stage &stage, int number, const QString &text)
+{
+    const QString uuid = u"uuid-%1"_s.arg(number);
+    stage.exec(u"INSERT INTO metadata VALUES (?, ?)"_s, {QString::number(number), text});
+    stage.exec(u"INSERT INTO personas VALUES (?, ?, ?, NULL, ?, '2001-02-03T04:05:06.789', NULL)"_s,
+               {uuid, text, text, text.toUtf8()});
+    stage.exec(u"INSERT INTO tags VALUES (?, ?)"_s, {number * 7, text});
+    stage.exec(u"INSERT INTO persona_tags VALUES (?, ?)"_s, {u"uuid-%1"_s.arg(10 - number), number * 7});
+    stage.exec(u"INSERT INTO questions (question_id, order_num, prompt, labels, temperature, depends_on_question_id, "
+               "depends_on_answer, ask_when) VALUES (?, ?, ?, ?, ?, 99, ?, NULL)"_s,
+               {number * 3, number, text, text, 0.1 * number, text});
+    stage.exec(u"INSERT INTO question_attachments (question_id, filename) VALUES (?, ?)"_s, {number, text});
+    stage.exec(u"INSERT INTO responses (persona_uuid, question_id, text_answer, numeric_answer, question_serial, "
+               "model, temperature, created_at, token_usage) "
+               "VALUES (?, ?, ?, ?, 1, ?, 1e-9, '2001-02-03 04:05:06', 12345678901)"_s,
+               {uuid, number * 3, text, std::pow(10, number * 30), text});
+}
+
 /// Fills each table behind the program's back, with orphans, gaps in the numbering and values of all types.
-void fillProject(Stage &stage)
+void fillWithAllKinds(Stage &stage)
 {
     int number = 0;
-    for (const auto all = oddTexts(); const QString &text : all) {
-        ++number;
-        const QString name = QString::number(number);
-        QVERIFY(stage.exec(u"INSERT INTO metadata VALUES (?, ?)"_s, {name, text}));
-        QVERIFY(stage.exec(
-            u"INSERT INTO personas VALUES (?, ?, ?, ?, ?, ?, NULL)"_s,
-            {u"uuid-%1"_s.arg(number), text, text, QVariant(), text.toUtf8(), u"2001-02-03T04:05:06.789"_s}));
-        QVERIFY(stage.exec(u"INSERT INTO tags VALUES (?, ?)"_s, {number * 7, text}));
-        QVERIFY(stage.exec(u"INSERT INTO persona_tags VALUES (?, ?)"_s, {u"uuid-%1"_s.arg(10 - number), number * 7}));
-        QVERIFY(stage.exec(u"INSERT INTO questions (question_id, order_num, prompt, labels, description, temperature, "
-                           "depends_on_question_id, depends_on_answer, ask_when) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"_s,
-                           {number * 3, number, text, text, QVariant(), 0.1 * number, 99, text, QVariant()}));
-        QVERIFY(
-            stage.exec(u"INSERT INTO question_attachments (question_id, filename) VALUES (?, ?)"_s, {number, text}));
-        QVERIFY(
-            stage.exec(u"INSERT INTO responses (persona_uuid, question_id, text_answer, numeric_answer, json_answer, "
-                       "question_serial, model, temperature, created_at, token_usage) "
-                       "VALUES (?, ?, ?, ?, ?, 1, ?, 1e-9, '2001-02-03 04:05:06', 12345678901)"_s,
-                       {u"uuid-%1"_s.arg(number), number * 3, text, std::pow(10, number * 30), QVariant(), text}));
-    }
-    QVERIFY(stage.exec(u"INSERT INTO metadata VALUES (NULL, x'00ff0027')"_s));
-    QVERIFY(stage.exec(u"INSERT INTO personas (uuid, attributes) VALUES ('long', ?)"_s, {longText()}));
+    for (const auto all = oddTexts(); const QString &text : all)
+        fillWith(stage, ++number, text);
+    stage.exec(u"INSERT INTO metadata VALUES (NULL, x'00ff0027')"_s);
+    stage.exec(u"INSERT INTO personas (uuid, attributes) VALUES ('long', ?)"_s, {longText()});
     // Answers, links and attachments of nobody and nothing.
-    QVERIFY(stage.exec(u"INSERT INTO responses (id, persona_uuid, question_id) VALUES (500, 'nobody', 404)"_s));
-    QVERIFY(stage.exec(u"INSERT INTO responses (id, numeric_answer) VALUES (501, -9e999)"_s));
-    QVERIFY(stage.exec(u"INSERT INTO persona_tags VALUES ('nobody', 404)"_s));
-    QVERIFY(stage.exec(u"INSERT INTO question_attachments VALUES (60, 404, x'cafe')"_s));
+    stage.exec(u"INSERT INTO responses (id, persona_uuid, question_id, numeric_answer) "
+               "VALUES (500, 'nobody', 404, -9e999)"_s);
+    stage.exec(u"INSERT INTO persona_tags VALUES ('nobody', 404)"_s);
+    stage.exec(u"INSERT INTO question_attachments VALUES (60, 404, x'cafe')"_s);
     // Numbers that are used up.
-    QVERIFY(stage.exec(u"DELETE FROM responses WHERE id = 501 AND numeric_answer > 0"_s));
-    QVERIFY(stage.exec(u"DELETE FROM questions WHERE question_id = 27"_s));
-    QVERIFY(stage.exec(u"UPDATE boilerplate SET preamble = ?, postamble = ?"_s,
-                       {oddTexts().at(1), QString(oddTexts().at(3) + u"\n\U0001f9ea"_s)}));
+    stage.exec(u"INSERT INTO responses (id) VALUES (501)"_s);
+    stage.exec(u"DELETE FROM responses WHERE id = 501"_s);
+    stage.exec(u"DELETE FROM questions WHERE question_id = 27"_s);
+    stage.exec(u"UPDATE boilerplate SET preamble = ?, postamble = ?"_s,
+               {oddTexts().at(1), QString(oddTexts().at(3) + u"\n\U0001f9ea"_s)});
+    QCOMPARE(stage.rows(u"SELECT name, seq FROM sqlite_sequence ORDER BY name"_s),
+             (Rows{{u"question_attachments"_s, 60}, {u"questions"_s, 27}, {u"responses"_s, 501}}));
+    QCOMPARE(stage.rows(u"SELECT MAX(id), MIN(numeric_answer) = -9e999 FROM responses"_s), (Rows{{500, 1}}));
+    QCOMPARE(stage.value(u"SELECT MAX(question_id) FROM questions"_s).toInt(), 24);
 }
 
-QStringList tables()
-{
-    return {u"metadata"_s,  u"boilerplate"_s, u"personas"_s,     u"questions"_s,      u"question_attachments"_s,
-            u"responses"_s, u"tags"_s,        u"persona_tags"_s, u"sqlite_sequence"_s};
-}
-
-/// All rows of a table as SQL literals, which tell NULL, numbers, texts and blobs apart.
-QString literalRows(const QString &table, const Rows &columns)
-{
-    QStringList quoted;
-    for (const QVariantList &column : columns)
-        quoted.append("quote("_L1 + column.first().toString() + ')'_L1);
-    const QString row = quoted.join(u" || ',' || "_s);
-    return "SELECT "_L1 + row + " FROM "_L1 + table + " ORDER BY 1"_L1;
-}
-
-QString columnsOf(const QString &table)
-{
-    return "SELECT name FROM pragma_table_info('"_L1 + table + "')"_L1;
-}
-
-/// What the program sqlite3 writes of a file, sorted.
-QStringList dump(const QString &path)
+/// What the program sqlite3 answers.
+QString askProgram(const QString &path, const QString &query)
 {
     QProcess program;
-    program.start(QStandardPaths::findExecutable(u"sqlite3"_s), {u"-batch"_s, u"-readonly"_s, path, u".dump"_s});
+    program.start(u"sqlite3"_s, {u"-batch"_s, u"-readonly"_s, path, query});
     if (!program.waitForFinished() || program.exitCode() != 0)
-        qFatal("sqlite3: %s", program.readAllStandardError().constData());
-    QStringList lines = QString::fromUtf8(program.readAllStandardOutput()).split(u'\n');
-    lines.sort();
-    return lines;
-}
-
-QString ask(const QString &path, const QString &query)
-{
-    QProcess program;
-    program.start(QStandardPaths::findExecutable(u"sqlite3"_s), {u"-batch"_s, u"-readonly"_s, path, query});
-    if (!program.waitForFinished())
-        qFatal("sqlite3 does not end");
+        QTest::qFail(qUtf8Printable(program.errorString() + QString::fromUtf8(program.readAllStandardError())),
+                     __FILE__, __LINE__);
     return QString::fromUtf8(program.readAllStandardOutput()).trimmed();
 }
 
@@ -118,98 +91,66 @@ class TestProjectRoundTrip : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        if (QStandardPaths::findExecutable(u"sqlite3"_s).isEmpty())
-            QSKIP("the program sqlite3 is not installed");
-    }
-
-    void every_row_comes_through()
-    {
-        Stage stage;
-        fillProject(stage);
-        // What the window has made of the project before must not be written back.
-        stage.call("loadProject");
-        QMap<QString, Rows> before;
-        for (const auto all = tables(); const QString &table : all)
-            before.insert(table, stage.rows(literalRows(table, stage.rows(columnsOf(table)))));
-        QVERIFY(stage.result("saveProjectToFile", stage.path(u"first.ormt"_s)));
-        stage.closeWindow();
-
-        QVERIFY(stage.result("openProjectFromFile", stage.path(u"first.ormt"_s)));
-        for (const auto all = tables(); const QString &table : all) {
-            QVERIFY2(!before.value(table).isEmpty(), qPrintable(table));
-            const Rows after = stage.rows(literalRows(table, stage.rows(columnsOf(table))));
-            QCOMPARE(after, before.value(table));
-        }
-    }
-
-    void both_files_hold_the_same()
-    {
-        Stage stage;
-        fillProject(stage);
-        const QString first = stage.path(u"first.ormt"_s);
-        const QString second = stage.path(u"second.ormt"_s);
-        stage.call("loadProject");
-        QVERIFY(stage.result("saveProjectToFile", first));
-        QMap<QString, int> counts;
-        for (const auto all = tables(); const QString &table : all)
-            counts.insert(table, count(stage, table));
-        stage.closeWindow();
-
-        QVERIFY(stage.result("openProjectFromFile", first));
-        QVERIFY(stage.result("saveProjectToFile", second));
-        const QStringList lines = dump(first);
-        QCOMPARE(dump(second), lines);
-        for (const auto all = tables(); const QString &table : all) {
-            QCOMPARE_GT(counts.value(table), 0);
-            QCOMPARE(ask(first, "SELECT COUNT(*) FROM "_L1 + table).toInt(), counts.value(table));
-        }
-        for (const QString &path : {first, second})
-            QCOMPARE(ask(path, u"PRAGMA integrity_check"_s), u"ok"_s);
-    }
-
-    void a_long_persona_text_comes_through()
-    {
-        Stage stage;
-        QCOMPARE_GT(longText().toUtf8().size(), 130 * 1024);
-        stage.call("insertPersona", u"Number One"_s, longText(), u"long"_s);
-        QVERIFY(stage.result("saveProjectToFile", stage.path(u"first.ormt"_s)));
-        stage.closeWindow();
-        QVERIFY(stage.result("openProjectFromFile", stage.path(u"first.ormt"_s)));
-        QCOMPARE(stage.value(u"SELECT attributes FROM personas"_s).toString(), longText());
-        QCOMPARE(ask(stage.path(u"first.ormt"_s), u"SELECT length(attributes) FROM personas"_s).toInt(),
-                 longText().toUcs4().size());
-    }
-
-    void numbering_goes_on_behind_what_was_deleted()
-    {
-        Stage stage;
-        fillProject(stage);
-        QVERIFY(stage.result("saveProjectToFile", stage.path(u"first.ormt"_s)));
-        QCOMPARE(ask(stage.path(u"first.ormt"_s), u"SELECT seq FROM sqlite_sequence WHERE name = 'questions'"_s),
-                 u"27"_s);
-        stage.closeWindow();
-        QVERIFY(stage.result("openProjectFromFile", stage.path(u"first.ormt"_s)));
-        stage.call("insertQuestion", u"Next?"_s, u"text"_s, false);
-        QCOMPARE(stage.value(u"SELECT question_id FROM questions WHERE prompt = 'Next?'"_s).toInt(), 28);
-    }
-
-    void the_boilerplate_keeps_what_its_edits_can_show()
-    {
-        Stage stage;
-        QVERIFY(stage.exec(u"UPDATE boilerplate SET preamble = ?, postamble = NULL"_s, {u"a\r\nb\u00a0c"_s}));
-        QVERIFY(stage.result("saveProjectToFile", stage.path(u"first.ormt"_s)));
-        const QString row = u"SELECT hex(preamble), quote(postamble) FROM boilerplate"_s;
-        const QByteArray hex = u"a\r\nb\u00a0c"_s.toUtf8().toHex().toUpper();
-        QCOMPARE(ask(stage.path(u"first.ormt"_s), row), QString(QString::fromLatin1(hex) + "|NULL"_L1));
-        stage.closeWindow();
-        QVERIFY(stage.result("openProjectFromFile", stage.path(u"first.ormt"_s)));
-        // The refresh of the opening has already passed the texts through the edits.
-        QCOMPARE(stage.rows(u"SELECT preamble, quote(postamble) FROM boilerplate"_s), (Rows{{u"a\nb c"_s, u"''"_s}}));
-        QVERIFY(!stage.asksBeforeClosing());
-    }
+    void every_row_comes_through();
+    void both_files_hold_the_same();
+    void the_boilerplate_keeps_what_its_edits_can_show();
 };
 
-QTEST_MAIN(TestProjectRoundTrip)
+void TestProjectRoundTrip::every_row_comes_through()
+{
+    Stage stage;
+    fillWithAllKinds(stage);
+    const QStringList before = everyRow(stage.database());
+    stage.call("loadProject");
+    QCOMPARE(everyRow(stage.database()), before);
+    QVERIFY(stage.result("saveProjectToFile", stage.path(u"first.ormt"_s)));
+    stage.closeWindow();
+    QVERIFY(stage.result("openProjectFromFile", stage.path(u"first.ormt"_s)));
+    QCOMPARE(everyRow(stage.database()), before);
+}
+
+void TestProjectRoundTrip::both_files_hold_the_same()
+{
+    Stage stage;
+    const QString first = stage.path(u"first.ormt"_s);
+    const QString second = stage.path(u"second.ormt"_s);
+    fillWithAllKinds(stage);
+    QVERIFY(stage.result("saveProjectToFile", first));
+    const QStringList rowsBefore = tableOfEachRow(stage);
+    stage.closeWindow();
+    QVERIFY(stage.result("openProjectFromFile", first));
+    QVERIFY(stage.result("saveProjectToFile", second));
+
+    for (const auto tables = projectTables(); const QString &table : tables) {
+        QCOMPARE_GT(rowsBefore.count(table), 0);
+        QCOMPARE(askProgram(first, "SELECT COUNT(*) FROM "_L1 + table).toInt(), rowsBefore.count(table));
+    }
+    QCOMPARE(askProgram(first, u"SELECT length(attributes) FROM personas WHERE uuid = 'long'"_s).toInt(),
+             longText().toUcs4().size());
+    QCOMPARE_GT(longText().toUtf8().size(), 130 * 1024);
+    const auto lines = [](const QString &path) {
+        QStringList all = askProgram(path, u".dump"_s).split(u'\n');
+        all.sort();
+        return all;
+    };
+    QCOMPARE(lines(second), lines(first));
+    for (const QString &path : {first, second})
+        QCOMPARE(askProgram(path, u"PRAGMA integrity_check"_s), u"ok"_s);
+}
+
+void TestProjectRoundTrip::the_boilerplate_keeps_what_its_edits_can_show()
+{
+    Stage stage;
+    const QString first = stage.path(u"first.ormt"_s);
+    QVERIFY(stage.exec(u"UPDATE boilerplate SET preamble = ?, postamble = NULL"_s, {u"a\r\nb\u00a0c"_s}));
+    QVERIFY(stage.result("saveProjectToFile", first));
+    QCOMPARE(askProgram(first, u"SELECT hex(preamble), quote(postamble) FROM boilerplate"_s), u"610D0A62C2A063|NULL"_s);
+    stage.closeWindow();
+    QVERIFY(stage.result("openProjectFromFile", first));
+    // The refresh of the opening has already passed the texts through the edits.
+    QCOMPARE(stage.rows(u"SELECT preamble, quote(postamble) FROM boilerplate"_s), (Rows{{u"a\nb c"_s, u"''"_s}}));
+    QVERIFY(!stage.asksBeforeClosing());
+}
+
+ORRINET_TEST(TestProjectRoundTrip)
 #include "tst_projectroundtrip.moc"

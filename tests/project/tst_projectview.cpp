@@ -1,9 +1,10 @@
-#include "tests/project/panel.h"
+// The refresh of the views, also on a project that lacks tables or has odd ones in their place.
 
-#include <QAction>
+#include "tests/project/projectfile.h"
+#include "tests/support/entries.h"
+
+#include <QGroupBox>
 #include <QSignalSpy>
-#include <QTableView>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
@@ -12,126 +13,116 @@ class TestProjectView : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void row_shows_what_is_stored_of_a_persona()
-    {
-        Stage stage;
-        stage.exec(
-            u"INSERT INTO personas (uuid, name, attributes, system_prompt, notes, created_at, modified_at) VALUES "
-            "('0123456789abcdef', 'Number One', 'Calm.' || char(10) || 'Tall.', 'hidden', 'hidden', "
-            "'2026-01-02T03:04:05.678', '2026-01-02 03:04:05')"_s);
-        stage.exec(u"INSERT INTO tags VALUES (1, 'odd'), (2, 'calm')"_s);
-        stage.exec(u"INSERT INTO persona_tags VALUES ('0123456789abcdef', 1), ('0123456789abcdef', 2)"_s);
-        stage.call("loadProject");
-
-        const auto *table = stage.find<QTableWidget>(u"personaTable"_s);
-        const QList<QStringList> expected = {{u"Number One"_s, u"01234567"_s, u"odd,calm"_s, QString(),
-                                              u"2026-01-02T03:04:05.678"_s, u"2026-01-02 03:04:05"_s}};
-        QCOMPARE(Stage::cells(table), expected);
-        QCOMPARE(table->item(0, 1)->data(Qt::UserRole).toString(), u"0123456789abcdef"_s);
-        for (const int column : {0, 2, 4, 5})
-            QVERIFY(!table->item(0, column)->data(Qt::UserRole).isValid());
-    }
-
-    void narrative_stands_in_a_widget_for_reading()
-    {
-        Stage stage;
-        storePersonas(stage, {{u"one"_s, u"Number One"_s, {}}});
-        stage.call("loadProject");
-        const auto *table = stage.find<QTableWidget>(u"personaTable"_s);
-        QVERIFY(table->item(0, 3) == nullptr);
-        const auto *narrative = qobject_cast<QPlainTextEdit *>(table->cellWidget(0, 3));
-        QVERIFY(narrative != nullptr);
-        QCOMPARE(narrative->toPlainText(), u"Told of Number One"_s);
-        QVERIFY(narrative->isReadOnly());
-        QCOMPARE(narrative->minimumHeight(), 60);
-        QCOMPARE(narrative->maximumHeight(), 60);
-        for (const int column : {0, 1, 2, 4, 5})
-            QVERIFY(table->cellWidget(0, column) == nullptr);
-    }
-
-    void missing_values_show_as_empty_cells()
-    {
-        Stage stage;
-        stage.exec(u"INSERT INTO personas (uuid) VALUES ('short')"_s);
-        stage.call("loadProject");
-        const auto *table = stage.find<QTableWidget>(u"personaTable"_s);
-        QCOMPARE(table->rowCount(), 1);
-        for (const int column : {0, 2, 4, 5}) {
-            QVERIFY(table->item(0, column) != nullptr);
-            QCOMPARE(table->item(0, column)->text(), QString());
-        }
-        QCOMPARE(table->item(0, 1)->text(), u"short"_s);
-        QCOMPARE(qobject_cast<QPlainTextEdit *>(table->cellWidget(0, 3))->toPlainText(), QString());
-    }
-
-    void rows_follow_the_uuid_and_not_the_name()
-    {
-        Stage stage;
-        storePersonas(stage, {{u"c"_s, u"Number One"_s, {}}, {u"a"_s, u"Number Two"_s, {}}, {u"b"_s, u"Any"_s, {}}});
-        stage.call("loadProject");
-        QCOMPARE(personaColumn(stage, 1), (QStringList{u"a"_s, u"b"_s, u"c"_s}));
-    }
-
-    void refresh_rebuilds_the_whole_list()
-    {
-        Stage stage;
-        storePersonas(stage, {{u"one"_s, u"Number One"_s, {}}, {u"two"_s, u"Number Two"_s, {}}});
-        stage.call("loadProject");
-        auto *table = stage.find<QTableWidget>(u"personaTable"_s);
-        table->selectRow(1);
-        table->item(0, 0)->setText(u"written into the cell"_s);
-        stage.exec(u"DELETE FROM personas WHERE uuid = 'two'"_s);
-        stage.call("loadProject");
-        QCOMPARE(personaColumn(stage, 0), QStringList{u"Number One"_s});
-        QVERIFY(table->selectedItems().isEmpty());
-        QCOMPARE(stage.value(u"SELECT name FROM personas"_s).toString(), u"Number One"_s);
-    }
-
-    void hidden_columns_outlast_a_refresh()
-    {
-        Stage stage;
-        stage.action(u"Show Modified"_s)->trigger();
-        storePersonas(stage, {{u"one"_s, u"Number One"_s, {}}});
-        for (const char *refresh : {"loadProject", "newProject"}) {
-            stage.call(refresh);
-            const auto *table = stage.find<QTableWidget>(u"personaTable"_s);
-            QVERIFY(table->isColumnHidden(4));
-            QVERIFY(!table->isColumnHidden(5));
-        }
-    }
-
+    void row_shows_what_is_stored_of_a_persona();
+    void missing_values_show_as_empty_cells();
+    void rows_follow_the_uuid_and_not_the_name();
+    void refresh_rebuilds_the_whole_list();
+    void hidden_columns_outlast_a_refresh();
     void persona_chooser_lists_names_in_order_and_keeps_the_uuid();
     void persona_chooser_speaks_while_it_is_refilled();
     void refresh_reaches_questions_and_results();
-    void tags_are_offered_behind_All();
-    void filter_narrows_rows_and_tags();
-    void empty_filter_shows_everyone();
-    void filter_is_compared_exactly();
-    void tag_named_All_is_listed_and_filters_nothing();
-    void chooser_is_silent_while_it_is_refilled();
-    void filter_of_before_counts_once_more_where_it_is_gone();
-    void opened_project_is_filtered_once_by_the_tag_of_before_data();
-    void opened_project_is_filtered_once_by_the_tag_of_before();
+    void persona_list_that_cannot_be_read_ends_the_refresh_data();
+    void persona_list_that_cannot_be_read_ends_the_refresh();
+    void missing_links_are_said_of_the_list();
+    void conversation_chooser_stays_empty_where_the_questions_are_gone();
 };
+
+void TestProjectView::row_shows_what_is_stored_of_a_persona()
+{
+    Stage stage;
+    QVERIFY(enter(stage, PersonaEntered{.uuid = u"0123456789abcdef"_s,
+                                        .name = u"Number One"_s,
+                                        .attributes = u"Calm.\nTall."_s,
+                                        .systemPrompt = u"hidden"_s,
+                                        .notes = u"hidden"_s,
+                                        .tags = {u"odd"_s, u"calm"_s}}));
+    stage.call("loadProject");
+    const QTableWidget *table = personaTable(stage);
+    QCOMPARE(cells(table), (QList<QStringList>{{u"Number One"_s, u"01234567"_s, u"odd,calm"_s, QString(),
+                                                u"2001-02-03T04:05:06.789"_s, u"2001-02-03 04:05:06"_s}}));
+    QCOMPARE(table->item(0, 1)->data(Qt::UserRole).toString(), u"0123456789abcdef"_s);
+    for (const int column : {0, 2, 4, 5}) {
+        QVERIFY(!table->item(0, column)->data(Qt::UserRole).isValid());
+        QVERIFY(table->cellWidget(0, column) == nullptr);
+    }
+
+    QVERIFY(table->item(0, 3) == nullptr);
+    const auto *narrative = qobject_cast<QPlainTextEdit *>(table->cellWidget(0, 3));
+    QVERIFY(narrative != nullptr);
+    QCOMPARE(narrative->toPlainText(), u"Calm.\nTall."_s);
+    QVERIFY(narrative->isReadOnly());
+    QCOMPARE(narrative->minimumHeight(), 60);
+    QCOMPARE(narrative->maximumHeight(), 60);
+}
+
+void TestProjectView::missing_values_show_as_empty_cells()
+{
+    Stage stage;
+    QVERIFY(enter(stage, PersonaEntered{.uuid = u"short"_s, .createdAt = {}, .modifiedAt = {}}));
+    stage.call("loadProject");
+    const QTableWidget *table = personaTable(stage);
+    QCOMPARE(cells(table), (QList<QStringList>{{u""_s, u"short"_s, u""_s, QString(), u""_s, u""_s}}));
+    for (const int column : {0, 2, 4, 5})
+        QVERIFY(table->item(0, column) != nullptr);
+    QCOMPARE(qobject_cast<QPlainTextEdit *>(table->cellWidget(0, 3))->toPlainText(), QString());
+}
+
+void TestProjectView::rows_follow_the_uuid_and_not_the_name()
+{
+    Stage stage;
+    QVERIFY(enter(stage, PersonaEntered{.uuid = u"c"_s, .name = u"Number One"_s},
+                  PersonaEntered{.uuid = u"a"_s, .name = u"Number Two"_s},
+                  PersonaEntered{.uuid = u"b"_s, .name = u"Any"_s}));
+    stage.call("loadProject");
+    QCOMPARE(columnTexts(personaTable(stage), 1), (QStringList{u"a"_s, u"b"_s, u"c"_s}));
+}
+
+void TestProjectView::refresh_rebuilds_the_whole_list()
+{
+    Stage stage;
+    QVERIFY(enter(stage, PersonaEntered{.uuid = u"one"_s, .name = u"Number One"_s},
+                  PersonaEntered{.uuid = u"two"_s, .name = u"Number Two"_s}));
+    stage.call("loadProject");
+    QTableWidget *table = personaTable(stage);
+    table->selectRow(1);
+    table->item(0, 0)->setText(u"written into the cell"_s);
+    QVERIFY(stage.exec(u"DELETE FROM personas WHERE uuid = 'two'"_s));
+    stage.call("loadProject");
+    QCOMPARE(columnTexts(table, 0), QStringList{u"Number One"_s});
+    QVERIFY(table->selectedItems().isEmpty());
+    QCOMPARE(stage.column(u"SELECT name FROM personas"_s), QStringList{u"Number One"_s});
+}
+
+void TestProjectView::hidden_columns_outlast_a_refresh()
+{
+    Stage stage;
+    stage.action(u"Show Modified"_s)->trigger();
+    for (const char *refresh : {"loadProject", "newProject"}) {
+        stage.call(refresh);
+        QVERIFY(personaTable(stage)->isColumnHidden(4));
+        QVERIFY(!personaTable(stage)->isColumnHidden(5));
+    }
+}
 
 void TestProjectView::persona_chooser_lists_names_in_order_and_keeps_the_uuid()
 {
     Stage stage;
-    storePersonas(stage, {{u"a"_s, u"Number Two"_s, {}}, {u"b"_s, u"Number One"_s, {}}});
+    QVERIFY(enter(stage, PersonaEntered{.uuid = u"a"_s, .name = u"Number Two"_s},
+                  PersonaEntered{.uuid = u"b"_s, .name = u"Number One"_s}));
+    const QComboBox *chooser = ConversationBox(stage).persona;
     for (int turn = 0; turn < 2; ++turn) {
         stage.call("loadProject");
-        const QComboBox *chooser = conversationChooser(stage, 0);
         QCOMPARE(items(chooser), (QStringList{u"Number One"_s, u"Number Two"_s}));
-        QCOMPARE(chooser->itemData(0, Qt::UserRole).toString(), u"b"_s);
-        QCOMPARE(chooser->itemData(1, Qt::UserRole).toString(), u"a"_s);
+        QCOMPARE(chooser->itemData(0).toString(), u"b"_s);
+        QCOMPARE(chooser->itemData(1).toString(), u"a"_s);
     }
 }
 
 void TestProjectView::persona_chooser_speaks_while_it_is_refilled()
 {
     Stage stage;
-    storePersonas(stage, {{u"a"_s, u"Number One"_s, {}}});
-    const QSignalSpy changes(conversationChooser(stage, 0), &QComboBox::currentIndexChanged);
+    QVERIFY(enter(stage, PersonaEntered{.uuid = u"a"_s, .name = u"Number One"_s}));
+    const QSignalSpy changes(ConversationBox(stage).persona, &QComboBox::currentIndexChanged);
     stage.call("loadProject");
     QVERIFY(!changes.isEmpty());
 }
@@ -139,143 +130,70 @@ void TestProjectView::persona_chooser_speaks_while_it_is_refilled()
 void TestProjectView::refresh_reaches_questions_and_results()
 {
     Stage stage;
-    storePersonas(stage, {{u"one"_s, u"Number One"_s, {}}});
-    stage.exec(u"INSERT INTO questions (order_num, prompt) VALUES (1, 'Why?')"_s);
+    QVERIFY(
+        enter(stage, PersonaEntered{.uuid = u"one"_s, .name = u"Number One"_s}, QuestionEntered{.prompt = u"Why?"_s}));
     stage.call("loadProject");
-    QCOMPARE(stage.find<QTableView>(u"questionView"_s)->model()->rowCount(), 1);
-    QCOMPARE(items(conversationChooser(stage, 1)), QStringList{u"1"_s});
-    QVERIFY(!stage.page(u"Boilerplate"_s)->findChild<QGroupBox *>()->isHidden());
-    const auto *grid = stage.find<QTableWidget>(u"resultsTable"_s);
-    QCOMPARE(grid->rowCount(), 1);
-    QCOMPARE(grid->columnCount(), 3);
+    QCOMPARE(questionModel(stage)->rowCount(), 1);
+    QCOMPARE(items(ConversationBox(stage).question), QStringList{u"1"_s});
+    QVERIFY(!ConversationBox(stage).group->isHidden());
+    QCOMPARE(resultsTable(stage)->rowCount(), 1);
+    QCOMPARE(resultsTable(stage)->columnCount(), 3);
 }
 
-void TestProjectView::tags_are_offered_behind_All()
+void TestProjectView::persona_list_that_cannot_be_read_ends_the_refresh_data()
 {
-    Stage stage;
-    storePersonas(stage,
-                  {{u"one"_s, u"Number One"_s, {u"odd"_s, u"Calm"_s}}, {u"two"_s, u"Number Two"_s, {u"even"_s}}});
-    stage.exec(u"INSERT INTO tags (name) VALUES ('borne by nobody')"_s);
-    for (int turn = 0; turn < 2; ++turn) {
-        stage.call("loadProject");
-        const QStringList expected = {u"All"_s, u"Calm"_s, u"borne by nobody"_s, u"even"_s, u"odd"_s};
-        QCOMPARE(items(stage.find<QComboBox>(u"tagFilter"_s)), expected);
-    }
-    QCOMPARE(stage.find<QComboBox>(u"tagFilter"_s)->currentText(), u"All"_s);
+    QTest::addColumn<QStringList>("statements");
+    const QString drop = u"DROP TABLE personas"_s;
+    QTest::addRow("the statement can't be prepared") << QStringList{drop};
+    // A number that overflows is found out only when the row is read.
+    QTest::addRow("the statement fails on its way")
+        << QStringList{drop, u"CREATE VIEW personas AS SELECT abs(-9223372036854775808) AS uuid, 'x' AS name, "
+                             "'x' AS attributes, 'x' AS created_at, 'x' AS modified_at"_s};
 }
 
-void TestProjectView::filter_narrows_rows_and_tags()
+void TestProjectView::persona_list_that_cannot_be_read_ends_the_refresh()
 {
+    QFETCH(const QStringList, statements);
     Stage stage;
-    storePersonas(stage, {{u"a"_s, u"Number One"_s, {u"odd"_s, u"calm"_s}},
-                          {u"b"_s, u"Number Two"_s, {u"even"_s}},
-                          {u"c"_s, u"Number Three"_s, {u"calm"_s, u"odd"_s}}});
+    QVERIFY(enter(stage, PersonaEntered{.uuid = u"one"_s, .name = u"Number One"_s, .tags = {u"odd"_s}}));
     stage.call("loadProject");
-    auto *filter = stage.find<QComboBox>(u"tagFilter"_s);
-    filter->setCurrentText(u"odd"_s);
-    QCOMPARE(personaColumn(stage, 1), (QStringList{u"a"_s, u"c"_s}));
-    QCOMPARE(personaColumn(stage, 2), (QStringList{u"odd"_s, u"odd"_s}));
-    QCOMPARE(filter->currentText(), u"odd"_s);
-    // Only the list is narrowed.
-    QCOMPARE(conversationChooser(stage, 0)->count(), 3);
-    QCOMPARE(stage.find<QTableWidget>(u"resultsTable"_s)->rowCount(), 3);
+    QVERIFY(enter(stage, QuestionEntered{.prompt = u"Why?"_s}, TagEntered{.name = u"even"_s}));
+    QVERIFY(setBoilerplate(stage, u"Mine."_s, u""_s));
+    QVERIFY(stage.exec(statements));
+    const QString error = stage.refusal(u"SELECT p.uuid FROM personas p GROUP BY p.uuid"_s);
 
-    filter->setCurrentText(u"All"_s);
-    QCOMPARE(personaColumn(stage, 1), (QStringList{u"a"_s, u"b"_s, u"c"_s}));
-    QCOMPARE(personaColumn(stage, 2).constFirst().split(u',').size(), 2);
+    const MessageLog log;
+    stage.call("loadProject");
+    QCOMPARE(log.warnings(), QStringList{error});
+    QCOMPARE(personaTable(stage)->rowCount(), 0);
+    // What comes before the list is refreshed, what comes behind it is not.
+    QCOMPARE(preambleEdit(stage)->toPlainText(), u"Mine."_s);
+    QCOMPARE(items(tagFilter(stage)), (QStringList{u"All"_s, u"even"_s, u"odd"_s}));
+    QCOMPARE(items(ConversationBox(stage).persona), QStringList{u"Number One"_s});
+    QCOMPARE(questionModel(stage)->rowCount(), 0);
+    QCOMPARE(ConversationBox(stage).question->count(), 0);
     QVERIFY(stage.asksBeforeClosing());
 }
 
-void TestProjectView::empty_filter_shows_everyone()
+void TestProjectView::missing_links_are_said_of_the_list()
 {
     Stage stage;
-    storePersonas(stage, {{u"a"_s, u"Number One"_s, {u"odd"_s}}, {u"b"_s, u"Number Two"_s, {}}});
+    QVERIFY(stage.exec(u"DROP TABLE persona_tags"_s));
+    const MessageLog log;
     stage.call("loadProject");
-    auto *filter = stage.find<QComboBox>(u"tagFilter"_s);
-    filter->setCurrentText(u"odd"_s);
-    QCOMPARE(personaColumn(stage, 1).size(), 1);
-    filter->setCurrentIndex(-1);
-    QCOMPARE(personaColumn(stage, 1).size(), 2);
-    QCOMPARE(filter->currentText(), u"All"_s);
+    QCOMPARE(log.warnings(), QStringList{stage.refusal(u"SELECT * FROM persona_tags"_s)});
 }
 
-void TestProjectView::filter_is_compared_exactly()
+void TestProjectView::conversation_chooser_stays_empty_where_the_questions_are_gone()
 {
     Stage stage;
-    storePersonas(stage, {{u"a"_s, u"Number One"_s, {u"all"_s}}, {u"b"_s, u"Number Two"_s, {u"ALL"_s}}});
+    showQuestions(stage, 1);
+    QCOMPARE(ConversationBox(stage).question->count(), 1);
+    QVERIFY(stage.exec(u"DROP TABLE questions"_s));
     stage.call("loadProject");
-    auto *filter = stage.find<QComboBox>(u"tagFilter"_s);
-    filter->setCurrentIndex(filter->findText(u"all"_s, Qt::MatchExactly | Qt::MatchCaseSensitive));
-    QCOMPARE(personaColumn(stage, 1), QStringList{u"a"_s});
+    QCOMPARE(ConversationBox(stage).question->count(), 0);
+    QVERIFY(ConversationBox(stage).group->isHidden());
 }
 
-void TestProjectView::tag_named_All_is_listed_and_filters_nothing()
-{
-    Stage stage;
-    storePersonas(stage, {{u"a"_s, u"Number One"_s, {u"All"_s}}, {u"b"_s, u"Number Two"_s, {u"odd"_s}}});
-    stage.call("loadProject");
-    auto *filter = stage.find<QComboBox>(u"tagFilter"_s);
-    QCOMPARE(items(filter), (QStringList{u"All"_s, u"All"_s, u"odd"_s}));
-    filter->setCurrentIndex(2);
-    QCOMPARE(personaColumn(stage, 1), QStringList{u"b"_s});
-    filter->setCurrentIndex(1);
-    QCOMPARE(personaColumn(stage, 1), (QStringList{u"a"_s, u"b"_s}));
-}
-
-void TestProjectView::chooser_is_silent_while_it_is_refilled()
-{
-    Stage stage;
-    storePersonas(stage, {{u"a"_s, u"Number One"_s, {u"odd"_s}}});
-    auto *filter = stage.find<QComboBox>(u"tagFilter"_s);
-    const QSignalSpy changes(filter, &QComboBox::currentTextChanged);
-    stage.call("loadProject");
-    QCOMPARE(changes.size(), 0);
-    filter->setCurrentText(u"odd"_s);
-    QCOMPARE(changes.size(), 1);
-    QVERIFY(!filter->signalsBlocked());
-}
-
-void TestProjectView::filter_of_before_counts_once_more_where_it_is_gone()
-{
-    Stage stage;
-    storePersonas(stage, {{u"a"_s, u"Number One"_s, {u"odd"_s}}, {u"b"_s, u"Number Two"_s, {}}});
-    stage.call("loadProject");
-    auto *filter = stage.find<QComboBox>(u"tagFilter"_s);
-    filter->setCurrentText(u"odd"_s);
-    stage.exec(u"DELETE FROM tags"_s);
-    stage.call("loadProject");
-    QCOMPARE(personaColumn(stage, 1), QStringList());
-    QCOMPARE(filter->currentText(), u"All"_s);
-    stage.call("loadProject");
-    QCOMPARE(personaColumn(stage, 1), (QStringList{u"a"_s, u"b"_s}));
-}
-
-void TestProjectView::opened_project_is_filtered_once_by_the_tag_of_before_data()
-{
-    QTest::addColumn<QString>("tagInFile");
-    QTest::addColumn<QStringList>("shown");
-    QTest::addColumn<QString>("filter");
-    QTest::addRow("a tag that it knows") << u"odd"_s << QStringList{u"c"_s} << u"odd"_s;
-    QTest::addRow("a tag that it lacks") << u"even"_s << QStringList() << u"All"_s;
-}
-
-void TestProjectView::opened_project_is_filtered_once_by_the_tag_of_before()
-{
-    QFETCH(QString, tagInFile);
-    Stage stage;
-    Stage::setTestMode(true);
-    storePersonas(stage, {{u"c"_s, u"Number Three"_s, {tagInFile}}, {u"d"_s, u"Number Four"_s, {}}});
-    QVERIFY(stage.result("saveProjectToFile", stage.path(u"other.ormt"_s)));
-    stage.call("newProject");
-    storePersonas(stage, {{u"a"_s, u"Number One"_s, {u"odd"_s}}});
-    stage.call("loadProject");
-    auto *filter = stage.find<QComboBox>(u"tagFilter"_s);
-    filter->setCurrentText(u"odd"_s);
-
-    QVERIFY(stage.result("openProjectFromFile", stage.path(u"other.ormt"_s)));
-    QTEST(personaColumn(stage, 1), "shown");
-    QTEST(filter->currentText(), "filter");
-}
-
-QTEST_MAIN(TestProjectView)
+ORRINET_TEST(TestProjectView)
 #include "tst_projectview.moc"

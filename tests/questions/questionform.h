@@ -1,13 +1,12 @@
 #pragma once
 
-#include "tests/questions/questionnaire.h"
+#include "tests/questions/questionlist.h"
 #include "tests/support/modal.h"
 
 #include <QCheckBox>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
-#include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -66,21 +65,14 @@ public:
     bool addLabel(const QString &text, bool accepted = true) const
     {
         const Modal question([&](QWidget *window) {
-            window->findChild<QLineEdit *>()->setText(text);
-            qobject_cast<QDialog *>(window)->done(accepted ? QDialog::Accepted : QDialog::Rejected);
+            auto *edit = window->findChild<QLineEdit *>();
+            edit->insert(text);
+            QTest::keyClick(edit, accepted ? Qt::Key_Return : Qt::Key_Escape);
         });
         return press(QStringLiteral("Add")) && question.wasAnswered();
     }
     bool press(const QString &button) const { return pressButton(dialog, button); }
     void accept() const { ok->click(); }
-
-    static QStringList texts(const QComboBox *combo)
-    {
-        QStringList all;
-        for (int index = 0; index < combo->count(); ++index)
-            all.append(combo->itemText(index));
-        return all;
-    }
 
 private:
     QWidget *field(const QString &caption) const
@@ -105,16 +97,14 @@ private:
     }
 };
 
-/// Answers the question dialog that comes with a function that works in it; what it leaves open is given up.
+/// What a test does in the dialog.
+using FormAct = void (*)(const QuestionForm &form);
+
+/// Answers the question dialog that comes with a function that works in it.
 template<typename Work>
 std::function<void(QWidget *)> inQuestionForm(Work work)
 {
-    return [work](QWidget *window) {
-        const QuestionForm form(window);
-        work(form);
-        if (window->isVisible())
-            form.dialog->reject();
-    };
+    return [work](QWidget *window) { work(QuestionForm(window)); };
 }
 
 /// Opens the dialog of a row of the list and works in it; false if none came.
@@ -123,18 +113,6 @@ bool editQuestion(Stage &stage, int row, Work work)
 {
     const Modal modal(inQuestionForm(work));
     return stage.call("editQuestion", row) && modal.wasAnswered();
-}
-
-/// Enters a question behind the program's back, the next in number, and refreshes the views.
-inline bool enterQuestion(Stage &stage, const QVariant &type, const QVariant &labels = {}, int reasoning = 1)
-{
-    return stage.exec(
-               QStringLiteral("INSERT INTO questions (order_num, prompt, answer_type, labels, reasoning_required, "
-                              "judge_question, ask_when, serial, created_at, modified_at) "
-                              "SELECT COUNT(*) + 1, 'Which?', ?, ?, ?, 0, 'always', 1, '2001-02-03 04:05:06', "
-                              "'2001-02-03 04:05:06' FROM questions"),
-               {type, labels, reasoning}) &&
-           stage.call("loadQuestions");
 }
 
 /// The column labels of the question that was entered last.

@@ -1,12 +1,15 @@
-orrinet_test(questions/tst_answertypes.cpp)
-orrinet_test(questions/tst_labels.cpp)
-orrinet_test(questions/tst_questionrecords.cpp)
-orrinet_test(questions/tst_questionorder.cpp)
-orrinet_test(questions/tst_questionfailures.cpp)
-orrinet_test(questions/tst_questionlist.cpp)
-orrinet_test(questions/tst_questionediting.cpp)
-orrinet_test(questions/tst_longquestionlist.cpp)
-orrinet_test(questions/tst_labelsection.cpp)
-orrinet_test(questions/tst_questioneditor.cpp)
-orrinet_test(questions/tst_conditionrow.cpp)
-orrinet_test(questions/tst_typecontrols.cpp)
+orrinet_tests(questions
+    CLASSES
+        tst_answertypes
+        tst_conditionrow
+        tst_labels
+        tst_labelsection
+        tst_longquestionlist
+        tst_questionediting
+        tst_questioneditor
+        tst_questionfailures
+        tst_questionlist
+        tst_questionorder
+        tst_questionrecords
+        tst_translateddialog
+        tst_typecontrols)

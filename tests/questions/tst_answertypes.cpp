@@ -1,4 +1,5 @@
 #include "questions/answertypes.h"
+#include "tests/support/testcase.h"
 
 #include <QTest>
 
@@ -43,5 +44,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestAnswerTypes)
+ORRINET_TEST(TestAnswerTypes)
 #include "tst_answertypes.moc"

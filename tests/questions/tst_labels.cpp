@@ -1,4 +1,5 @@
 #include "questions/labels.h"
+#include "tests/support/testcase.h"
 
 #include <QTest>
 
@@ -93,5 +94,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestLabels)
+ORRINET_TEST(TestLabels)
 #include "tst_labels.moc"

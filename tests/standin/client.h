@@ -6,6 +6,7 @@
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QSignalSpy>
+#include <QTest>
 
 /// An ordinary client: it knows nothing of the endpoint.
 class Client
@@ -19,11 +20,12 @@ public:
         return manager.post(request, body);
     }
 
+    /// Waits for the end of the exchange; without one the test has failed.
     QNetworkReply *posted(const QByteArray &body = "{}")
     {
         QNetworkReply *reply = post(body);
         if (!QSignalSpy(reply, &QNetworkReply::finished).wait())
-            qWarning("no answer");
+            QTest::qFail("no answer came", __FILE__, __LINE__);
         return reply;
     }
 

@@ -1,3 +1,5 @@
-orrinet_test(standin/tst_chatendpoint.cpp)
-orrinet_test(standin/tst_reply.cpp)
-orrinet_test(standin/tst_respondent.cpp)
+orrinet_tests(standin
+    CLASSES
+        tst_chatendpoint
+        tst_reply
+        tst_respondent)

@@ -2,7 +2,10 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDialog>
 #include <QLineEdit>
+#include <QPointer>
+#include <QTest>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
@@ -21,7 +24,22 @@ void Modal::look()
         return;
     }
     answered = true;
+    const QPointer<QWidget> guarded(window);
     answer(window);
+    if (!guarded || !guarded->isVisible())
+        return;
+    if (auto *dialog = qobject_cast<QDialog *>(window))
+        dialog->reject();
+    else
+        window->close();
+}
+
+bool asksNothing(const std::function<void()> &act)
+{
+    const Modal modal([](QWidget *) {});
+    act();
+    // One that was opened without a wait for its answer is still there.
+    return !modal.wasAnswered() && QApplication::activeModalWidget() == nullptr;
 }
 
 void answerBox(QWidget *box, QMessageBox::StandardButton button)
@@ -45,4 +63,11 @@ bool pressButton(QWidget *window, const QString &text)
         }
     }
     return false;
+}
+
+void typeInto(QLineEdit *field, const QString &text)
+{
+    field->selectAll();
+    QTest::keyClick(field, Qt::Key_Delete);
+    QTest::keyClicks(field, text);
 }

@@ -5,8 +5,11 @@
 
 #include <functional>
 
+class QLineEdit;
+
 /// Waits in the event loop for the next modal window and hands it to a function, once. It is made before the call that
-/// opens the window, since that call only returns when the window is closed; the function has to close it.
+/// opens the window, since that call only returns when the window is closed. What the function leaves open is given up
+/// (rejected), so that a failed assertion in it ends the call too.
 class Modal : public QObject
 {
     Q_OBJECT
@@ -24,6 +27,9 @@ private:
     bool answered = false;
 };
 
+/// True if no modal window comes while the function runs. One that comes is given up.
+bool asksNothing(const std::function<void()> &act);
+
 /// Answers a message box with one of its standard buttons.
 void answerBox(QWidget *box, QMessageBox::StandardButton button);
 
@@ -32,3 +38,6 @@ void enterPath(QWidget *dialog, const QString &path);
 
 /// Presses the button of this text, with or without a mnemonic, in a window; false where there is none.
 bool pressButton(QWidget *window, const QString &text);
+
+/// Types a text into a field in place of the one that stands there.
+void typeInto(QLineEdit *field, const QString &text);

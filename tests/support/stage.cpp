@@ -1,5 +1,6 @@
 #include "tests/support/stage.h"
 
+#include "standin/privatehome.h"
 #include "tests/support/modal.h"
 
 #include <QAction>
@@ -9,9 +10,6 @@
 #include <QMenuBar>
 #include <QRegularExpression>
 #include <QSettings>
-#include <QSqlError>
-#include <QSqlQuery>
-#include <QSqlRecord>
 #include <QTabWidget>
 #include <QTest>
 
@@ -19,12 +17,9 @@ using namespace Qt::StringLiterals;
 
 Stage::Stage()
 {
-    qputenv("HOME", QFile::encodeName(folder.path()));
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(folder.filePath(u".config"_s)));
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.filePath(u".config"_s));
+    leaveUsersHome(folder.path());
     QCoreApplication::setOrganizationName(u"Orrinet"_s);
     QCoreApplication::setApplicationName(u"Orrinet"_s);
-    setTestMode(false);
     // Warnings that a test does not expect fail it, but for those of the platform plugin that knows no real display.
     QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s));
 }
@@ -98,60 +93,10 @@ QPushButton *Stage::button(const QString &text, const QString &tab)
     return nullptr;
 }
 
-QSqlDatabase Stage::project()
+QSqlDatabase Stage::database()
 {
     window();
     return QSqlDatabase::database(u"project"_s, false);
-}
-
-static bool run(QSqlQuery &query, const QString &statement, const QVariantList &values)
-{
-    if (!query.prepare(statement))
-        return false;
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    return query.exec();
-}
-
-bool Stage::exec(const QString &statement, const QVariantList &values)
-{
-    QSqlQuery query(project());
-    return run(query, statement, values);
-}
-
-QList<QVariantList> Stage::rows(const QString &statement, const QVariantList &values)
-{
-    QList<QVariantList> all;
-    QSqlQuery query(project());
-    if (!run(query, statement, values))
-        qFatal("%s: %s", qUtf8Printable(statement), qUtf8Printable(query.lastError().text()));
-    while (query.next()) {
-        QVariantList row;
-        for (int column = 0; column < query.record().count(); ++column)
-            row.append(query.value(column));
-        all.append(row);
-    }
-    return all;
-}
-
-QVariant Stage::value(const QString &query, const QVariantList &values)
-{
-    const auto all = rows(query, values);
-    return all.isEmpty() ? QVariant() : all.first().first();
-}
-
-QList<QStringList> Stage::cells(const QTableWidget *table)
-{
-    QList<QStringList> all;
-    for (int row = 0; row < table->rowCount(); ++row) {
-        QStringList texts;
-        for (int column = 0; column < table->columnCount(); ++column) {
-            const QTableWidgetItem *item = table->item(row, column);
-            texts.append(item != nullptr ? item->text() : QString());
-        }
-        all.append(texts);
-    }
-    return all;
 }
 
 bool Stage::asksBeforeClosing()

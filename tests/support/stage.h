@@ -1,25 +1,24 @@
 #pragma once
 
 #include "app/mainwindow.h"
+#include "tests/support/sql.h"
 
 #include <QPushButton>
-#include <QSqlDatabase>
-#include <QTableWidget>
+#include <QSignalBlocker>
 #include <QTemporaryDir>
-#include <QVariant>
+#include <QTest>
 
 #include <memory>
 
 /// What a test function plays on: a home folder, settings and a main window of its own. The window is driven as outside
 /// code would drive it: slots by name, menu entries and buttons by text, widgets by object name, the database through
 /// the connection "project".
-class Stage
+class Stage : public Sql
 {
 public:
     /// Test mode is off, whatever the environment said.
     Stage();
-    ~Stage();
-    Q_DISABLE_COPY_MOVE(Stage)
+    ~Stage() override;
 
     /// The window, made at the first call.
     MainWindow *window();
@@ -32,20 +31,23 @@ public:
     /// A path in the private folder.
     QString path(const QString &name) const { return folder.filePath(name); }
 
-    /// Calls a slot of the window, public or private, by its name.
+    /// Calls a slot of the window, public or private, by its name. Where there is none for these arguments the test
+    /// fails.
     template<typename... Arguments>
     bool call(const char *slot, const Arguments &...arguments)
     {
-        return QMetaObject::invokeMethod(window(), slot, Qt::DirectConnection, arguments...);
+        const bool called = QMetaObject::invokeMethod(window(), slot, Qt::DirectConnection, arguments...);
+        if (!called)
+            QTest::qFail(slot, __FILE__, __LINE__);
+        return called;
     }
     /// Calls a slot that returns bool and gives what it returned.
     template<typename... Arguments>
     bool result(const char *slot, const Arguments &...arguments)
     {
         bool returned = false;
-        const bool called =
-            QMetaObject::invokeMethod(window(), slot, Qt::DirectConnection, qReturnArg(returned), arguments...);
-        Q_ASSERT(called);
+        if (!QMetaObject::invokeMethod(window(), slot, Qt::DirectConnection, qReturnArg(returned), arguments...))
+            QTest::qFail(slot, __FILE__, __LINE__);
         return returned;
     }
 
@@ -62,16 +64,9 @@ public:
     /// A page by the title of its tab.
     QWidget *page(const QString &tab);
 
-    QSqlDatabase project();
-    /// Runs a statement on the project; false if it fails.
-    bool exec(const QString &statement, const QVariantList &values = {});
-    /// All rows of a query on the project.
-    QList<QVariantList> rows(const QString &statement, const QVariantList &values = {});
-    /// The first value of the first row of a query on the project, invalid where there is none.
-    QVariant value(const QString &query, const QVariantList &values = {});
+    /// The connection "project".
+    QSqlDatabase database() override;
 
-    /// The texts of a table's cells, row by row; a cell without an item reads as null.
-    static QList<QStringList> cells(const QTableWidget *table);
     /// The unsaved-changes flag as a user meets it: true if closing the window asks, which is answered with No.
     bool asksBeforeClosing();
 

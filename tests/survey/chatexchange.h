@@ -36,7 +36,7 @@ public:
 
     const QStringList &events() const { return noted; }
     /// The events after requestSent.
-    QStringList outcome() const { return noted.sliced(1); }
+    QStringList outcome() const { return noted.mid(1); }
 
 private:
     void note(void (ChatRequester::*signal)(const QString &), const QString &name)

@@ -1,24 +1,20 @@
-orrinet_test(survey/tst_chatrequester.cpp)
-orrinet_test(survey/tst_chatreplies.cpp)
-orrinet_test(survey/tst_chatfailures.cpp)
-orrinet_test(survey/tst_surveyrequests.cpp)
-orrinet_test(survey/tst_surveybodies.cpp)
-orrinet_test(survey/tst_surveyhistory.cpp)
-orrinet_test(survey/tst_surveylog.cpp)
+orrinet_tests(survey
+    SOURCES chatexchange.h recursiverun.cpp recursiverun.h runtrace.cpp runtrace.h
+    CLASSES
+        tst_answerrows
+        tst_answers
+        tst_chatfailures
+        tst_chatreplies
+        tst_chatrequester
+        tst_longruns
+        tst_midrun
+        tst_quitinrun
+        tst_randomruns
+        tst_requestassembly
+        tst_run
+        tst_runfailures
+        tst_runhistory
+        tst_runlog
+        tst_skipcheck)
 
-# What the tests of a whole run share.
-add_library(orrinet-walkkit STATIC survey/literalwalk.cpp survey/literalwalk.h survey/walkkit.cpp survey/walkkit.h)
-target_link_libraries(orrinet-walkkit PUBLIC orrinet-testsupport)
-orrinet_test(survey/tst_requestassembly.cpp)
-orrinet_test(survey/tst_answers.cpp)
-orrinet_test(survey/tst_answerrows.cpp LIBRARIES orrinet-walkkit)
-orrinet_test(survey/tst_surveywalk.cpp LIBRARIES orrinet-walkkit)
-orrinet_test(survey/tst_walkfailures.cpp LIBRARIES orrinet-walkkit)
-orrinet_test(survey/tst_walkhistory.cpp LIBRARIES orrinet-walkkit)
-orrinet_test(survey/tst_walkmodel.cpp LIBRARIES orrinet-walkkit)
-orrinet_test(survey/tst_walkwindow.cpp LIBRARIES orrinet-walkkit)
-orrinet_test(survey/tst_skipcheck.cpp LIBRARIES orrinet-walkkit COST 10)
-orrinet_test(survey/tst_longruns.cpp TIMEOUT 900 COST 30)
-orrinet_test(survey/tst_surveyfailures.cpp)
-orrinet_test(survey/tst_midrun.cpp)
-orrinet_test(survey/tst_quitinrun.cpp)
+set_tests_properties(tst_longruns tst_skipcheck PROPERTIES COST 10)

@@ -1,8 +1,9 @@
+// What a reply is interpreted as, and how an answer is shown.
+
 #include "survey/answers.h"
 #include "survey/surveyrunner.h"
+#include "tests/support/testcase.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QTest>
 
 #include <cmath>
@@ -21,8 +22,8 @@ static QStringList otherTypes()
     return {QString(), u""_s, u"essay"_s, u"Numeric"_s, u"Single_choice"_s, u" likert"_s};
 }
 
-/// The three columns in one line; what is null shows as "-".
-static QString shown(const ParsedAnswer &answer)
+/// The three columns in one line; what is null reads as "-".
+static QString columnsOf(const ParsedAnswer &answer)
 {
     const auto text = [](const QString &column) { return column.isNull() ? u"-"_s : QString(u'\'' + column + u'\''); };
     QString number = u"-"_s;
@@ -32,12 +33,12 @@ static QString shown(const ParsedAnswer &answer)
     return QStringList{text(answer.textAnswer), number, text(answer.jsonAnswer)}.join(u" | "_s);
 }
 
-static QString read(const QString &reply, const QString &type)
+static QString interpreted(const QString &reply, const QString &type)
 {
-    return shown(SurveyRunner::interpretAnswer(reply, type));
+    return columnsOf(SurveyRunner::interpretAnswer(reply, type));
 }
 
-static QString nested(int levels)
+static QString nestedObject(int levels)
 {
     // The object itself is one level.
     return uR"({"answer":)"_s + QString(levels - 1, u'[') + QString(levels - 1, u']') + u'}';
@@ -62,7 +63,7 @@ private Q_SLOTS:
     void a_text_question_takes_the_reply_as_it_is()
     {
         QFETCH(const QString, reply);
-        QCOMPARE(read(reply, u"text"_s), QString(u"'%1' | - | -"_s.arg(reply)));
+        QCOMPARE(interpreted(reply, u"text"_s), QString(u"'%1' | - | -"_s.arg(reply)));
     }
 
     void an_object_gives_its_answer_data()
@@ -96,11 +97,10 @@ private Q_SLOTS:
         QFETCH(const QString, asNumeric);
         QFETCH(const QString, asOther);
         const QString reply = uR"({"answer":%1,"reasoning":"r"})"_s.arg(answer);
-        // As JSON is written, a number has no more digits than it needs.
-        const QString kept = QString::fromUtf8(QJsonDocument::fromJson(reply.toUtf8()).toJson(QJsonDocument::Compact));
-        QCOMPARE(read(reply, u"numeric"_s), QString(asNumeric + u" | '%1'"_s.arg(kept)));
+        // It is kept as it is, since it stands in compact form.
+        QCOMPARE(interpreted(reply, u"numeric"_s), QString(asNumeric + u" | '%1'"_s.arg(reply)));
         for (const auto types = choiceTypes() + otherTypes(); const QString &type : types)
-            QCOMPARE(read(reply, type), QString(asOther + u" | '%1'"_s.arg(kept)));
+            QCOMPARE(interpreted(reply, type), QString(asOther + u" | '%1'"_s.arg(reply)));
     }
 
     void the_whole_object_is_kept_in_compact_form_data()
@@ -123,7 +123,7 @@ private Q_SLOTS:
         QFETCH(const QString, text);
         QFETCH(const QString, kept);
         for (const auto types = choiceTypes() + otherTypes() + QStringList{u"numeric"_s}; const QString &type : types)
-            QCOMPARE(read(reply, type), QString(text + u" | - | '%1'"_s.arg(kept)));
+            QCOMPARE(interpreted(reply, type), QString(text + u" | - | '%1'"_s.arg(kept)));
     }
 
     void a_reply_that_is_no_object_goes_where_its_type_wants_it_data()
@@ -150,9 +150,9 @@ private Q_SLOTS:
         QFETCH(const QString, reply);
         QFETCH(const bool, isNumber);
         for (const auto types = choiceTypes(); const QString &type : types)
-            QCOMPARE(read(reply, type), QString(u"- | - | '%1'"_s.arg(reply)));
+            QCOMPARE(interpreted(reply, type), QString(u"- | - | '%1'"_s.arg(reply)));
         for (const auto types = otherTypes(); const QString &type : types)
-            QCOMPARE(read(reply, type), QString(u"'%1' | - | -"_s.arg(reply)));
+            QCOMPARE(interpreted(reply, type), QString(u"'%1' | - | -"_s.arg(reply)));
         const ParsedAnswer numeric = SurveyRunner::interpretAnswer(reply, u"numeric"_s);
         QCOMPARE(numeric.numericAnswer.isValid(), isNumber);
         QCOMPARE(numeric.textAnswer, isNumber ? QString() : reply);
@@ -212,24 +212,87 @@ private Q_SLOTS:
 
     void an_object_may_be_1024_levels_deep()
     {
-        QCOMPARE(read(nested(1024), u"likert"_s), QString(u"- | - | '%1'"_s.arg(nested(1024))));
-        QCOMPARE(read(nested(1024), u"numeric"_s), QString(u"- | - | '%1'"_s.arg(nested(1024))));
+        QCOMPARE(interpreted(nestedObject(1024), u"likert"_s), QString(u"- | - | '%1'"_s.arg(nestedObject(1024))));
+        QCOMPARE(interpreted(nestedObject(1024), u"numeric"_s), QString(u"- | - | '%1'"_s.arg(nestedObject(1024))));
         // Deeper it is no object any more, but a text like any other.
-        QCOMPARE(read(nested(1025), u"likert"_s), QString(u"- | - | '%1'"_s.arg(nested(1025))));
-        QCOMPARE(read(nested(1025), u"numeric"_s), QString(u"'%1' | - | -"_s.arg(nested(1025))));
-        QCOMPARE(read(nested(100'000), u"essay"_s), QString(u"'%1' | - | -"_s.arg(nested(100'000))));
+        QCOMPARE(interpreted(nestedObject(1025), u"likert"_s), QString(u"- | - | '%1'"_s.arg(nestedObject(1025))));
+        QCOMPARE(interpreted(nestedObject(1025), u"numeric"_s), QString(u"'%1' | - | -"_s.arg(nestedObject(1025))));
+        QCOMPARE(interpreted(nestedObject(100'000), u"essay"_s), QString(u"'%1' | - | -"_s.arg(nestedObject(100'000))));
     }
 
     void a_reply_of_a_megabyte_is_kept_whole()
     {
         const QString megabyte(1 << 20, u'x');
-        QCOMPARE(read(megabyte, u"text"_s), QString(u"'%1' | - | -"_s.arg(megabyte)));
-        QCOMPARE(read(megabyte, u"ranking"_s), QString(u"- | - | '%1'"_s.arg(megabyte)));
-        QCOMPARE(read(megabyte, u"numeric"_s), QString(u"'%1' | - | -"_s.arg(megabyte)));
+        QCOMPARE(interpreted(megabyte, u"text"_s), QString(u"'%1' | - | -"_s.arg(megabyte)));
+        QCOMPARE(interpreted(megabyte, u"ranking"_s), QString(u"- | - | '%1'"_s.arg(megabyte)));
+        QCOMPARE(interpreted(megabyte, u"numeric"_s), QString(u"'%1' | - | -"_s.arg(megabyte)));
         const QString object = uR"({"answer":"%1"})"_s.arg(megabyte);
-        QCOMPARE(read(object, u"likert"_s), QString(u"'%1' | - | '%2'"_s.arg(megabyte, object)));
+        QCOMPARE(interpreted(object, u"likert"_s), QString(u"'%1' | - | '%2'"_s.arg(megabyte, object)));
+    }
+
+    void one_column_is_shown_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QVariant>("number");
+        QTest::addColumn<QString>("json");
+        QTest::addColumn<QString>("expected");
+        const QString none;
+        QTest::newRow("nothing") << none << QVariant() << none << u""_s;
+        QTest::newRow("text first") << u"t"_s << QVariant(7.0) << u"{}"_s << u"t"_s;
+        QTest::newRow("a blank is a text") << u" "_s << QVariant(7.0) << u"{}"_s << u" "_s;
+        QTest::newRow("number next") << none << QVariant(7.0) << u"{}"_s << u"7"_s;
+        QTest::newRow("an empty text is none") << u""_s << QVariant(7.0) << u"{}"_s << u"7"_s;
+        QTest::newRow("zero is a number") << none << QVariant(0.0) << u"{}"_s << u"0"_s;
+        QTest::newRow("six digits") << none << QVariant(2.71728182) << u"{}"_s << u"2.71728"_s;
+        QTest::newRow("no point without need") << none << QVariant(42.0) << none << u"42"_s;
+        QTest::newRow("seven digits") << none << QVariant(1234567.0) << none << u"1.23457e+06"_s;
+        QTest::newRow("below zero") << none << QVariant(-0.5) << none << u"-0.5"_s;
+        QTest::newRow("very small") << none << QVariant(1.2e-07) << none << u"1.2e-07"_s;
+        QTest::newRow("infinity") << none << QVariant(std::numeric_limits<double>::infinity()) << none << u"inf"_s;
+        QTest::newRow("integer") << none << QVariant(123456789LL) << none << u"1.23457e+08"_s;
+        QTest::newRow("a word as number") << none << QVariant(u"x"_s) << u"{}"_s << u"0"_s;
+        QTest::newRow("number that is NULL") << u""_s << QVariant(QMetaType(QMetaType::Double)) << u"{}"_s << u"{}"_s;
+        QTest::newRow("JSON as it is") << none << QVariant() << u" {\"b\" : 1 } "_s << u" {\"b\" : 1 } "_s;
+        QTest::newRow("prose for JSON") << none << QVariant() << u"no JSON"_s << u"no JSON"_s;
+    }
+    void one_column_is_shown()
+    {
+        QFETCH(const QString, text);
+        QFETCH(const QVariant, number);
+        QFETCH(const QString, json);
+        QTEST(displayValue({.textAnswer = text, .numericAnswer = number, .jsonAnswer = json}), "expected");
+    }
+
+    void reasoning_comes_from_the_object_alone_data()
+    {
+        QTest::addColumn<QString>("json");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("string") << uR"({"answer":"a","reasoning":"r"})"_s << u"r"_s;
+        QTest::newRow("white space") << u" {\n\"reasoning\" : \"r \\n s\" }\n"_s << u"r \n s"_s;
+        QTest::newRow("escaped letter") << uR"({"reasoning":"caf\u00e9"})"_s << u"caf\u00e9"_s;
+        QTest::newRow("letters beyond ASCII") << u"{\"reasoning\":\"\u03c0\U0001f41d\"}"_s << u"\u03c0\U0001f41d"_s;
+        QTest::newRow("text behind the object") << uR"({"reasoning":"r"} indeed)"_s << u""_s;
+        QTest::newRow("empty") << uR"({"reasoning":""})"_s << u""_s;
+        QTest::newRow("missing") << uR"({"answer":"a"})"_s << u""_s;
+        QTest::newRow("wrong case") << uR"({"Reasoning":"r"})"_s << u""_s;
+        QTest::newRow("number") << uR"({"reasoning":7})"_s << u""_s;
+        QTest::newRow("array") << uR"({"reasoning":["r"]})"_s << u""_s;
+        QTest::newRow("null") << uR"({"reasoning":null})"_s << u""_s;
+        QTest::newRow("within the answer") << uR"({"answer":{"reasoning":"r"}})"_s << u""_s;
+        QTest::newRow("in an array") << uR"([{"reasoning":"r"}])"_s << u""_s;
+        QTest::newRow("not closed") << uR"({"reasoning":"r")"_s << u""_s;
+        QTest::newRow("prose") << u"reasoning"_s << u""_s;
+        QTest::newRow("NULL") << QString() << u""_s;
+    }
+    void reasoning_comes_from_the_object_alone()
+    {
+        QFETCH(const QString, json);
+        QFETCH(const QString, expected);
+        // Whatever is shown as the answer.
+        QCOMPARE(reasoning({.textAnswer = {}, .numericAnswer = {}, .jsonAnswer = json}), expected);
+        QCOMPARE(reasoning({.textAnswer = u"t"_s, .numericAnswer = 7.0, .jsonAnswer = json}), expected);
     }
 };
 
-QTEST_GUILESS_MAIN(TestAnswers)
+ORRINET_TEST(TestAnswers)
 #include "tst_answers.moc"

@@ -1,8 +1,10 @@
+#include "tests/support/surveystage.h"
+#include "tests/support/testcase.h"
 #include "tests/survey/chatexchange.h"
-#include "tests/survey/surveystage.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
 
@@ -11,27 +13,6 @@ using standin::ChatEndpoint;
 using standin::Identity;
 using standin::Reply;
 using standin::Request;
-
-Q_DECLARE_METATYPE(standin::Reply)
-
-class TestChatFailures : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void a_failed_reply_tells_its_error_and_no_body_data();
-    void a_failed_reply_tells_its_error_and_no_body();
-    void a_dropped_post_that_is_repeated_is_one_request();
-    void an_untrusted_endpoint_gets_no_request_data();
-    void an_untrusted_endpoint_gets_no_request();
-    void the_latest_tls_errors_are_joined();
-    void an_unreachable_endpoint_is_a_failure();
-    void no_redirection_leads_to_another_host_data();
-    void no_redirection_leads_to_another_host();
-    void a_redirection_on_the_host_is_followed();
-    void a_reply_that_never_completes_is_waited_for_data();
-    void a_reply_that_never_completes_is_waited_for();
-};
 
 namespace {
 
@@ -69,190 +50,192 @@ Reply redirection(const QByteArray &target)
 
 } // namespace
 
-void TestChatFailures::a_failed_reply_tells_its_error_and_no_body_data()
+class TestChatFailures : public QObject
 {
-    QTest::addColumn<Reply>("reply");
-    QTest::addColumn<int>("code");
-    const QByteArray usable = Reply::content(u"Not to be read."_s).body;
-    const Reply good = Reply::json(usable);
-    QTest::newRow("400") << Reply::status(400, usable) << int(QNetworkReply::ProtocolInvalidOperationError);
-    QTest::newRow("401") << Reply::status(401, usable) << 204;
-    QTest::newRow("403") << Reply::status(403, usable) << int(QNetworkReply::ContentAccessDenied);
-    QTest::newRow("404") << Reply::status(404, usable) << int(QNetworkReply::ContentNotFoundError);
-    QTest::newRow("429") << Reply::status(429, usable) << 299;
-    QTest::newRow("500") << Reply::status(500, usable) << 401;
-    QTest::newRow("503") << Reply::status(503, usable) << int(QNetworkReply::ServiceUnavailableError);
-    QTest::newRow("500 without a body") << Reply::status(500) << 401;
-    QTest::newRow("dropped before the head")
-        << good.ending(Reply::End::DroppedBeforeHead) << int(QNetworkReply::RemoteHostClosedError);
-    QTest::newRow("dropped after the head")
-        << good.ending(Reply::End::DroppedAfterHead) << int(QNetworkReply::RemoteHostClosedError);
-    QTest::newRow("truncated") << good.ending(Reply::End::Truncated) << int(QNetworkReply::RemoteHostClosedError);
-    QTest::newRow("no HTTP") << Reply::garbage("hello\r\n\r\n") << int(QNetworkReply::RemoteHostClosedError);
-}
+    Q_OBJECT
 
-void TestChatFailures::a_failed_reply_tells_its_error_and_no_body()
-{
-    SurveyStage stage;
-    QFETCH(const Reply, reply);
-    QFETCH(const int, code);
-    stage.endpoint.answerWith([&reply](const Request &) -> const Reply & { return reply; });
-    const Met met = meet();
-    QCOMPARE(met.code, code);
+private Q_SLOTS:
+    void a_failed_reply_tells_its_error_and_no_body_data()
+    {
+        QTest::addColumn<Reply>("reply");
+        QTest::addColumn<int>("code");
+        const QByteArray usable = Reply::content(u"Not to be read."_s).body;
+        const Reply good = Reply::json(usable);
+        QTest::newRow("400") << Reply::status(400, usable) << int(QNetworkReply::ProtocolInvalidOperationError);
+        QTest::newRow("401") << Reply::status(401, usable) << 204;
+        QTest::newRow("403") << Reply::status(403, usable) << int(QNetworkReply::ContentAccessDenied);
+        QTest::newRow("404") << Reply::status(404, usable) << int(QNetworkReply::ContentNotFoundError);
+        QTest::newRow("429") << Reply::status(429, usable) << 299;
+        QTest::newRow("500") << Reply::status(500, usable) << 401;
+        QTest::newRow("503") << Reply::status(503, usable) << int(QNetworkReply::ServiceUnavailableError);
+        QTest::newRow("500 without a body") << Reply::status(500) << 401;
+        QTest::newRow("dropped before the head")
+            << good.ending(Reply::End::DroppedBeforeHead) << int(QNetworkReply::RemoteHostClosedError);
+        QTest::newRow("dropped after the head")
+            << good.ending(Reply::End::DroppedAfterHead) << int(QNetworkReply::RemoteHostClosedError);
+        QTest::newRow("truncated") << good.ending(Reply::End::Truncated) << int(QNetworkReply::RemoteHostClosedError);
+        QTest::newRow("no HTTP") << Reply::garbage("hello\r\n\r\n") << int(QNetworkReply::RemoteHostClosedError);
+    }
+    void a_failed_reply_tells_its_error_and_no_body()
+    {
+        SurveyStage stage;
+        QFETCH(const Reply, reply);
+        QFETCH(const int, code);
+        stage.endpoint.answerWith([&reply](const Request &) -> const Reply & { return reply; });
+        const Met met = meet();
+        QCOMPARE(met.code, code);
 
-    ChatExchange exchange;
-    exchange.sendAnything();
-    QVERIFY(exchange.ended());
-    QCOMPARE(exchange.outcome(), QStringList{u"requestFailed: %1 (code %2)"_s.arg(met.text).arg(code)});
-}
+        ChatExchange exchange;
+        exchange.sendAnything();
+        QVERIFY(exchange.ended());
+        QCOMPARE(exchange.outcome(), QStringList{u"requestFailed: %1 (code %2)"_s.arg(met.text).arg(code)});
+    }
 
-void TestChatFailures::a_dropped_post_that_is_repeated_is_one_request()
-{
-    SurveyStage stage;
-    stage.endpoint.queue(Reply().ending(Reply::End::DroppedBeforeHead));
-    ChatExchange exchange;
-    exchange.sendAnything();
-    QVERIFY(exchange.ended());
-    QCOMPARE(exchange.events().size(), 3);
-    QCOMPARE(exchange.events().constLast(), u"responseReceived: ok"_s);
-    QCOMPARE(stage.endpoint.requests().size(), 2);
-    QCOMPARE(stage.endpoint.requests().at(1).body, stage.endpoint.requests().at(0).body);
-}
+    void a_dropped_post_that_is_repeated_is_one_request()
+    {
+        SurveyStage stage;
+        stage.endpoint.queue(Reply().ending(Reply::End::DroppedBeforeHead));
+        ChatExchange exchange;
+        exchange.sendAnything();
+        QVERIFY(exchange.ended());
+        QCOMPARE(exchange.events().size(), 3);
+        QCOMPARE(exchange.events().constLast(), u"responseReceived: ok"_s);
+        QCOMPARE(stage.endpoint.requests().size(), 2);
+        QCOMPARE(stage.endpoint.requests().at(1).body, stage.endpoint.requests().at(0).body);
+    }
 
-void TestChatFailures::an_untrusted_endpoint_gets_no_request_data()
-{
-    QTest::addColumn<Identity>("identity");
-    QTest::newRow("wrong host") << Identity::WrongHost;
-    QTest::newRow("expired") << Identity::Expired;
-    QTest::newRow("unknown issuer") << Identity::UnknownIssuer;
-}
+    void an_untrusted_endpoint_gets_no_request_data()
+    {
+        QTest::addColumn<Identity>("identity");
+        QTest::newRow("wrong host") << Identity::WrongHost;
+        QTest::newRow("expired") << Identity::Expired;
+        QTest::newRow("unknown issuer") << Identity::UnknownIssuer;
+    }
+    void an_untrusted_endpoint_gets_no_request()
+    {
+        SurveyStage stage;
+        QFETCH(const Identity, identity);
+        stage.endpoint.setIdentity(identity);
+        const Met met = meet();
+        QVERIFY(!met.sslErrors.isEmpty());
 
-void TestChatFailures::an_untrusted_endpoint_gets_no_request()
-{
-    SurveyStage stage;
-    QFETCH(const Identity, identity);
-    stage.endpoint.setIdentity(identity);
-    const Met met = meet();
-    QVERIFY(!met.sslErrors.isEmpty());
+        ChatExchange exchange;
+        exchange.sendAnything();
+        QVERIFY(exchange.ended());
+        QCOMPARE(exchange.outcome(), QStringList{u"requestFailed: %1 (code 6) - SSL errors: %2"_s.arg(
+                                         met.text, met.sslErrors.join(u", "_s))});
+        QVERIFY(stage.endpoint.requests().isEmpty());
+    }
 
-    ChatExchange exchange;
-    exchange.sendAnything();
-    QVERIFY(exchange.ended());
-    QCOMPARE(exchange.outcome(),
-             QStringList{u"requestFailed: %1 (code 6) - SSL errors: %2"_s.arg(met.text, met.sslErrors.join(u", "_s))});
-    QVERIFY(stage.endpoint.requests().isEmpty());
-}
+    void the_latest_tls_errors_are_joined()
+    {
+        SurveyStage stage;
+        stage.endpoint.queue(Reply::status(500).held());
+        ChatExchange exchange;
+        exchange.sendAnything();
+        QVERIFY(stage.arrived(1));
+        const QSslError expired(QSslError::CertificateExpired);
+        const QSslError wrongHost(QSslError::HostNameMismatch);
+        const QSslError selfSigned(QSslError::SelfSignedCertificate);
+        const auto report = [&exchange](const QList<QSslError> &errors) {
+            return QMetaObject::invokeMethod(exchange.object(), "handleSslErrors", Qt::DirectConnection, errors);
+        };
+        QVERIFY(report({expired}));
+        QVERIFY(report({wrongHost, selfSigned}));
+        stage.endpoint.release();
+        QVERIFY(exchange.ended());
+        QVERIFY2(exchange.outcome().constFirst().endsWith(" (code 401) - SSL errors: "_L1 + wrongHost.errorString() +
+                                                          ", "_L1 + selfSigned.errorString()),
+                 qPrintable(exchange.outcome().constFirst()));
+    }
 
-void TestChatFailures::the_latest_tls_errors_are_joined()
-{
-    SurveyStage stage;
-    stage.endpoint.queue(Reply::status(500).held());
-    ChatExchange exchange;
-    exchange.sendAnything();
-    QVERIFY(stage.arrived(1));
-    const QSslError expired(QSslError::CertificateExpired);
-    const QSslError wrongHost(QSslError::HostNameMismatch);
-    const QSslError selfSigned(QSslError::SelfSignedCertificate);
-    const auto report = [&exchange](const QList<QSslError> &errors) {
-        return QMetaObject::invokeMethod(exchange.object(), "handleSslErrors", Qt::DirectConnection, errors);
-    };
-    QVERIFY(report({expired}));
-    QVERIFY(report({wrongHost, selfSigned}));
-    stage.endpoint.release();
-    QVERIFY(exchange.ended());
-    QVERIFY2(exchange.outcome().constFirst().endsWith(" (code 401) - SSL errors: "_L1 + wrongHost.errorString() +
-                                                      ", "_L1 + selfSigned.errorString()),
-             qPrintable(exchange.outcome().constFirst()));
-}
+    void an_unreachable_endpoint_is_a_failure()
+    {
+        const Stage stage;
+        Stage::setSetting(u"openai/api_key"_s, u"test-key"_s);
+        auto endpoint = std::make_unique<ChatEndpoint>();
+        const standin::Detour detour(*endpoint);
+        endpoint.reset();
+        const Met met = meet();
+        ChatExchange exchange;
+        exchange.sendAnything();
+        QVERIFY(exchange.ended());
+        QCOMPARE(exchange.outcome(), QStringList{u"requestFailed: %1 (code 101)"_s.arg(met.text)});
+    }
 
-void TestChatFailures::an_unreachable_endpoint_is_a_failure()
-{
-    const Stage stage;
-    Stage::setSetting(u"openai/api_key"_s, u"test-key"_s);
-    auto endpoint = std::make_unique<ChatEndpoint>();
-    const standin::Detour detour(*endpoint);
-    endpoint.reset();
-    const Met met = meet();
-    ChatExchange exchange;
-    exchange.sendAnything();
-    QVERIFY(exchange.ended());
-    QCOMPARE(exchange.outcome(), QStringList{u"requestFailed: %1 (code 101)"_s.arg(met.text)});
-}
+    void no_redirection_leads_to_another_host_data()
+    {
+        QTest::addColumn<Reply>("reply");
+        QTest::newRow("other host") << redirection("https://elsewhere.example/v1/chat/completions");
+        QTest::newRow("subdomain") << redirection("https://www.api.openai.com/v1/chat/completions");
+        QTest::newRow("other port") << redirection("https://api.openai.com:8443/v1/chat/completions");
+        QTest::newRow("in the clear") << redirection("http://api.openai.com/v1/chat/completions");
+        QTest::newRow("as a GET") << Reply::status(302).with("Location", "https://elsewhere.example/");
+    }
+    void no_redirection_leads_to_another_host()
+    {
+        SurveyStage stage;
+        QFETCH(const Reply, reply);
+        stage.endpoint.queue(reply);
+        ChatExchange exchange;
+        exchange.sendAnything();
+        QVERIFY(exchange.ended());
+        QCOMPARE(exchange.outcome().size(), 1);
+        QVERIFY2(exchange.outcome().constFirst().startsWith("requestFailed: "_L1),
+                 qPrintable(exchange.outcome().constFirst()));
+        QCOMPARE(stage.endpoint.connections(), 1);
+    }
 
-void TestChatFailures::no_redirection_leads_to_another_host_data()
-{
-    QTest::addColumn<Reply>("reply");
-    QTest::newRow("other host") << redirection("https://elsewhere.example/v1/chat/completions");
-    QTest::newRow("subdomain") << redirection("https://www.api.openai.com/v1/chat/completions");
-    QTest::newRow("other port") << redirection("https://api.openai.com:8443/v1/chat/completions");
-    QTest::newRow("in the clear") << redirection("http://api.openai.com/v1/chat/completions");
-    QTest::newRow("as a GET") << Reply::status(302).with("Location", "https://elsewhere.example/");
-}
+    void a_redirection_on_the_host_is_followed()
+    {
+        SurveyStage stage;
+        stage.endpoint.queue(redirection("/v1/moved"));
+        ChatExchange exchange;
+        exchange.sendAnything();
+        QVERIFY(exchange.ended());
+        QCOMPARE(exchange.events().size(), 3);
+        QCOMPARE(exchange.events().constLast(), u"responseReceived: ok"_s);
+        QCOMPARE(stage.endpoint.requests().size(), 2);
+        const Request first = stage.endpoint.requests().at(0);
+        const Request second = stage.endpoint.requests().at(1);
+        QCOMPARE(second.requestLine, "POST /v1/moved HTTP/1.1"_ba);
+        QCOMPARE(second.connectTarget, u"api.openai.com:443"_s);
+        QCOMPARE(second.body, first.body);
+        QCOMPARE(second.header("Authorization"), "Bearer test-key"_ba);
+    }
 
-void TestChatFailures::no_redirection_leads_to_another_host()
-{
-    SurveyStage stage;
-    QFETCH(const Reply, reply);
-    stage.endpoint.queue(reply);
-    ChatExchange exchange;
-    exchange.sendAnything();
-    QVERIFY(exchange.ended());
-    QCOMPARE(exchange.outcome().size(), 1);
-    QVERIFY2(exchange.outcome().constFirst().startsWith("requestFailed: "_L1),
-             qPrintable(exchange.outcome().constFirst()));
-    QCOMPARE(stage.endpoint.connections(), 1);
-}
+    void a_reply_that_never_completes_is_waited_for_data()
+    {
+        QTest::addColumn<Reply>("reply");
+        QTest::newRow("silent") << Reply().ending(Reply::End::Silent);
+        QTest::newRow("incomplete") << Reply::content(u"Not to be read."_s).ending(Reply::End::Incomplete);
+        QTest::newRow("held back") << Reply::content(u"Not to be read."_s).held();
+    }
+    void a_reply_that_never_completes_is_waited_for()
+    {
+        SurveyStage stage;
+        QFETCH(const Reply, reply);
+        stage.endpoint.queue(reply);
+        ChatExchange exchange;
+        exchange.sendAnything();
+        QVERIFY(stage.arrived(1));
+        QCOMPARE(exchange.object()->findChild<QNetworkReply *>()->request().transferTimeout(), 0);
+        QCOMPARE(exchange.object()->findChild<QNetworkAccessManager *>()->transferTimeout(), 0);
+        QVERIFY(exchange.object()->findChildren<QTimer *>(Qt::FindDirectChildrenOnly).isEmpty());
 
-void TestChatFailures::a_redirection_on_the_host_is_followed()
-{
-    SurveyStage stage;
-    stage.endpoint.queue(redirection("/v1/moved"));
-    ChatExchange exchange;
-    exchange.sendAnything();
-    QVERIFY(exchange.ended());
-    QCOMPARE(exchange.events().size(), 3);
-    QCOMPARE(exchange.events().constLast(), u"responseReceived: ok"_s);
-    QCOMPARE(stage.endpoint.requests().size(), 2);
-    const Request first = stage.endpoint.requests().at(0);
-    const Request second = stage.endpoint.requests().at(1);
-    QCOMPARE(second.requestLine, "POST /v1/moved HTTP/1.1"_ba);
-    QCOMPARE(second.connectTarget, u"api.openai.com:443"_s);
-    QCOMPARE(second.body, first.body);
-    QCOMPARE(second.header("Authorization"), "Bearer test-key"_ba);
-}
+        // A whole exchange beside it: time enough for what was sent of the first reply.
+        ChatExchange other;
+        other.sendAnything();
+        QVERIFY(other.ended());
+        QVERIFY(exchange.outcome().isEmpty());
 
-void TestChatFailures::a_reply_that_never_completes_is_waited_for_data()
-{
-    QTest::addColumn<Reply>("reply");
-    QTest::newRow("silent") << Reply().ending(Reply::End::Silent);
-    QTest::newRow("incomplete") << Reply::content(u"Not to be read."_s).ending(Reply::End::Incomplete);
-    QTest::newRow("held back") << Reply::content(u"Not to be read."_s).held();
-}
+        QSignalSpy closed(&stage.endpoint, &ChatEndpoint::connectionClosed);
+        delete exchange.object();
+        while (stage.endpoint.inFlight() > 0)
+            QVERIFY(closed.wait());
+        QVERIFY(exchange.outcome().isEmpty());
+    }
+};
 
-void TestChatFailures::a_reply_that_never_completes_is_waited_for()
-{
-    SurveyStage stage;
-    QFETCH(const Reply, reply);
-    stage.endpoint.queue(reply);
-    ChatExchange exchange;
-    exchange.sendAnything();
-    QVERIFY(stage.arrived(1));
-    QCOMPARE(exchange.object()->findChild<QNetworkReply *>()->request().transferTimeout(), 0);
-    QCOMPARE(exchange.object()->findChild<QNetworkAccessManager *>()->transferTimeout(), 0);
-    QVERIFY(exchange.object()->findChildren<QTimer *>(Qt::FindDirectChildrenOnly).isEmpty());
-
-    // A whole exchange beside it: time enough for what was sent of the first reply.
-    ChatExchange other;
-    other.sendAnything();
-    QVERIFY(other.ended());
-    QVERIFY(exchange.outcome().isEmpty());
-
-    QSignalSpy closed(&stage.endpoint, &ChatEndpoint::connectionClosed);
-    delete exchange.object();
-    while (stage.endpoint.inFlight() > 0)
-        QVERIFY(closed.wait());
-    QVERIFY(exchange.outcome().isEmpty());
-}
-
-QTEST_GUILESS_MAIN(TestChatFailures)
+ORRINET_TEST(TestChatFailures)
 #include "tst_chatfailures.moc"

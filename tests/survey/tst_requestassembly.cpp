@@ -1,18 +1,23 @@
+// What a request is made of: by the functions that make it, and as it goes out.
+
 #include "survey/requestassembly.h"
 #include "survey/surveyentries.h"
+#include "tests/support/entries.h"
+#include "tests/support/surveystage.h"
+#include "tests/support/testcase.h"
 
 #include <QJsonDocument>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-static QString compact(const QJsonArray &array)
+static QString compactJson(const QJsonArray &array)
 {
     return QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact));
 }
 
 /// The three parts of a format in one object, those that are empty left out.
-static QString shown(const AnswerFormat &format)
+static QString partsOf(const AnswerFormat &format)
 {
     QJsonObject parts;
     if (!format.tools.isEmpty())
@@ -24,7 +29,7 @@ static QString shown(const AnswerFormat &format)
     return QString::fromUtf8(QJsonDocument(parts).toJson(QJsonDocument::Compact));
 }
 
-static QuestionEntry question(const QString &type, const QString &labels, bool reasoning)
+static QuestionEntry questionEntry(const QString &type, const QString &labels, bool reasoning)
 {
     return {.id = 1, .prompt = u"Q"_s, .answerType = type, .labels = labels, .reasoningRequired = reasoning};
 }
@@ -112,14 +117,14 @@ private Q_SLOTS:
         QFETCH(const QString, expected);
         const QList<Exchange> history{{.prompt = u"Q1"_s, .answer = u"A1"_s}, {.prompt = u"Q2"_s, .answer = QString()}};
         const QJsonArray messages = chatMessages(system, history.first(exchanges), u" <Q> "_s);
-        QCOMPARE(compact(messages), QString(u'[' + expected + u']'));
+        QCOMPARE(compactJson(messages), QString(u'[' + expected + u']'));
     }
 
     void a_message_has_a_text_even_where_there_is_none()
     {
         const QJsonArray messages = chatMessages(QString(), {{.prompt = QString(), .answer = QString()}}, QString());
-        QCOMPARE(compact(messages), uR"([{"content":"","role":"user"},{"content":"","role":"assistant"},)"
-                                    R"({"content":"","role":"user"}])"_s);
+        QCOMPARE(compactJson(messages), uR"([{"content":"","role":"user"},{"content":"","role":"assistant"},)"
+                                        R"({"content":"","role":"user"}])"_s);
     }
 
     void the_format_follows_the_type_data()
@@ -148,7 +153,13 @@ private Q_SLOTS:
     {
         QFETCH(const QString, type);
         QFETCH(const bool, reasoning);
-        QTEST(shown(answerFormat(question(type, uR"(["Yes","No"])"_s, reasoning))), "expected");
+        QuestionEntry question = questionEntry(type, uR"(["Yes","No"])"_s, reasoning);
+        QTEST(partsOf(answerFormat(question)), "expected");
+        // Nothing else of the question counts.
+        question.id = 2;
+        question.prompt = u"P"_s;
+        question.judge = true;
+        QTEST(partsOf(answerFormat(question)), "expected");
     }
 
     void a_single_choice_without_usable_labels_has_no_format_data()
@@ -170,8 +181,8 @@ private Q_SLOTS:
     void a_single_choice_without_usable_labels_has_no_format()
     {
         QFETCH(const QString, labels);
-        QCOMPARE(shown(answerFormat(question(u"single_choice"_s, labels, false))), u"{}"_s);
-        QCOMPARE(shown(answerFormat(question(u"single_choice"_s, labels, true))), u"{}"_s);
+        QCOMPARE(partsOf(answerFormat(questionEntry(u"single_choice"_s, labels, false))), u"{}"_s);
+        QCOMPARE(partsOf(answerFormat(questionEntry(u"single_choice"_s, labels, true))), u"{}"_s);
     }
 
     void usable_labels_are_sent_unchanged_data()
@@ -191,28 +202,88 @@ private Q_SLOTS:
     {
         QFETCH(const QString, labels);
         QFETCH(const QString, sent);
-        QCOMPARE(shown(answerFormat(question(u"single_choice"_s, labels, false))), toolFormat(sent, false));
-        QCOMPARE(shown(answerFormat(question(u"single_choice"_s, labels, true))), toolFormat(sent, true));
+        QCOMPARE(partsOf(answerFormat(questionEntry(u"single_choice"_s, labels, false))), toolFormat(sent, false));
+        QCOMPARE(partsOf(answerFormat(questionEntry(u"single_choice"_s, labels, true))), toolFormat(sent, true));
     }
 
-    void the_format_does_not_depend_on_the_rest_of_the_question_data()
+    void a_request_has_the_format_of_its_question_data()
     {
-        QTest::addColumn<QString>("type");
-        QTest::newRow("single_choice") << u"single_choice"_s;
-        QTest::newRow("numeric") << u"numeric"_s;
-        QTest::newRow("text") << u"text"_s;
+        QTest::addColumn<QuestionEntered>("question");
+        QTest::addColumn<QString>("further");
+        const QString labels = uR"( [ "yes", "no" ] )"_s;
+        QTest::newRow("function") << QuestionEntered{.type = u"single_choice"_s, .labels = labels}
+                                  << toolFormat(uR"(["yes","no"])"_s, false);
+        QTest::newRow("function with reasoning")
+            << QuestionEntered{.type = u"single_choice"_s, .labels = labels, .reasoning = -1}
+            << toolFormat(uR"(["yes","no"])"_s, true);
+        QTest::newRow("JSON") << QuestionEntered{.type = u"likert"_s, .labels = labels} << jsonFormat(false);
+        QTest::newRow("JSON with reasoning")
+            << QuestionEntered{.type = u"numeric"_s, .reasoning = 1} << jsonFormat(true);
+        QTest::newRow("no format") << QuestionEntered{.type = u"text"_s, .labels = labels, .reasoning = 1} << u"{}"_s;
+        QTest::newRow("labels NULL") << QuestionEntered{.type = u"single_choice"_s, .reasoning = 1} << u"{}"_s;
     }
-    void the_format_does_not_depend_on_the_rest_of_the_question()
+    void a_request_has_the_format_of_its_question()
     {
-        QFETCH(const QString, type);
-        const QuestionEntry plain = question(type, uR"(["Yes"])"_s, true);
-        QuestionEntry other = plain;
-        other.id = 2;
-        other.prompt = u"P"_s;
-        other.judge = true;
-        QCOMPARE(shown(answerFormat(other)), shown(answerFormat(plain)));
+        SurveyStage stage;
+        QFETCH(QuestionEntered, question);
+        QFETCH(const QString, further);
+        const QString prompt = u" \u00C4h \u2026\t\"well\"?\r\n\n "_s;
+        question.prompt = prompt;
+        stage.addPersona(u"P1"_s, u"I am P1."_s);
+        QVERIFY(enter(stage, question));
+        // What else a question has is not for a request.
+        QVERIFY(stage.exec(u"UPDATE questions SET model='other-model', temperature=0.5, description='other', "
+                           "search_enabled=1, ask_when='never', depends_on_question_id=99"_s));
+        QVERIFY(stage.run());
+
+        QJsonObject body = QJsonDocument::fromJson(further.toUtf8()).object();
+        body.insert("model"_L1, u"gpt-4.1"_s);
+        body.insert("messages"_L1, QJsonArray{turn(u"system"_s, u"Act as the following persona.\nI am P1."_s),
+                                              turn(u"user"_s, prompt)});
+        QCOMPARE(stage.endpoint.requests().size(), 1);
+        QCOMPARE(stage.endpoint.requests().constFirst().body, QJsonDocument(body).toJson(QJsonDocument::Indented));
+    }
+
+    void a_request_has_the_texts_of_the_project_data()
+    {
+        QTest::addColumn<QVariant>("systemPrompt");
+        QTest::addColumn<QVariant>("attributes");
+        QTest::addColumn<QVariant>("preamble");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("attributes") << QVariant() << QVariant(u"B"_s) << QVariant(u"A"_s) << u"A\nB\nC"_s;
+        QTest::newRow("system prompt") << QVariant(u"S"_s) << QVariant(u"B"_s) << QVariant(u"A"_s) << u"A\nS\nC"_s;
+        QTest::newRow("empty system prompt") << QVariant(u""_s) << QVariant(u"B"_s) << QVariant() << u"B\nC"_s;
+        QTest::newRow("postamble alone") << QVariant() << QVariant() << QVariant(u""_s) << u"C"_s;
+    }
+    void a_request_has_the_texts_of_the_project()
+    {
+        SurveyStage stage;
+        QFETCH(const QVariant, systemPrompt);
+        QFETCH(const QVariant, attributes);
+        QFETCH(const QVariant, preamble);
+        QFETCH(const QString, expected);
+        QVERIFY(setBoilerplate(stage, preamble, u"C"_s));
+        QVERIFY(enter(
+            stage,
+            PersonaEntered{.uuid = u"p"_s, .name = u"P"_s, .attributes = attributes, .systemPrompt = systemPrompt},
+            QuestionEntered{.prompt = u"Well?"_s}));
+        QVERIFY(stage.run());
+        QCOMPARE(stage.endpoint.requests().size(), 1);
+        QCOMPARE(stage.endpoint.requests().constFirst().json()["messages"_L1].toArray(),
+                 (QJsonArray{turn(u"system"_s, expected), turn(u"user"_s, u"Well?"_s)}));
+    }
+
+    void a_request_without_texts_has_no_system_message()
+    {
+        SurveyStage stage;
+        QVERIFY(setBoilerplate(stage, u" \n"_s, u""_s));
+        QVERIFY(enter(stage, PersonaEntered{.uuid = u"p"_s, .name = u"P"_s}, QuestionEntered{.prompt = u"Well?"_s}));
+        QVERIFY(stage.run());
+        QCOMPARE(stage.endpoint.requests().size(), 1);
+        QCOMPARE(stage.endpoint.requests().constFirst().json()["messages"_L1].toArray(),
+                 (QJsonArray{turn(u"user"_s, u"Well?"_s)}));
     }
 };
 
-QTEST_GUILESS_MAIN(TestRequestAssembly)
+ORRINET_TEST(TestRequestAssembly)
 #include "tst_requestassembly.moc"
