@@ -39,22 +39,47 @@ QString refillTagFilter(QComboBox *chooser, const QSqlDatabase &database, bool t
     return shown;
 }
 
-static void addPersonaRow(QTableWidget *table, const QSqlQuery &query)
+namespace {
+
+/// What a row of the list shows.
+struct PersonaRow
 {
-    const int row = table->rowCount();
-    const QString uuid = query.value(0).toString();
-    table->insertRow(row);
-    table->setItem(row, PersonaColumn::Name, new QTableWidgetItem(query.value(1).toString()));
-    auto *uuidItem = new QTableWidgetItem(uuid.left(8));
-    uuidItem->setData(Qt::UserRole, uuid);
+    QString uuid;
+    QString name;
+    QString attributes;
+    QString createdAt;
+    QString modifiedAt;
+    QString tags;
+};
+
+} // namespace
+
+static QList<PersonaRow> readPersonaRows(QSqlQuery &query)
+{
+    QList<PersonaRow> rows;
+    while (query.next())
+        rows.append({.uuid = query.value(0).toString(),
+                     .name = query.value(1).toString(),
+                     .attributes = query.value(2).toString(),
+                     .createdAt = query.value(3).toString(),
+                     .modifiedAt = query.value(4).toString(),
+                     .tags = query.value(5).toString()});
+    return rows;
+}
+
+static void fillPersonaRow(QTableWidget *table, int row, const PersonaRow &persona)
+{
+    table->setItem(row, PersonaColumn::Name, new QTableWidgetItem(persona.name));
+    auto *uuidItem = new QTableWidgetItem(persona.uuid.left(8));
+    uuidItem->setData(Qt::UserRole, persona.uuid);
     table->setItem(row, PersonaColumn::Uuid, uuidItem);
-    table->setItem(row, PersonaColumn::Tags, new QTableWidgetItem(query.value(5).toString()));
-    auto *narrative = new QPlainTextEdit(query.value(2).toString());
+    table->setItem(row, PersonaColumn::Tags, new QTableWidgetItem(persona.tags));
+    auto *narrative = new QPlainTextEdit(persona.attributes);
     narrative->setReadOnly(true);
     narrative->setFixedHeight(60);
     table->setCellWidget(row, PersonaColumn::Narrative, narrative);
-    table->setItem(row, PersonaColumn::Created, new QTableWidgetItem(query.value(3).toString()));
-    table->setItem(row, PersonaColumn::Modified, new QTableWidgetItem(query.value(4).toString()));
+    table->setItem(row, PersonaColumn::Created, new QTableWidgetItem(persona.createdAt));
+    table->setItem(row, PersonaColumn::Modified, new QTableWidgetItem(persona.modifiedAt));
 }
 
 bool fillPersonaTable(QTableWidget *table, const QSqlDatabase &database, bool tagged, const QString &filter)
@@ -78,7 +103,10 @@ bool fillPersonaTable(QTableWidget *table, const QSqlDatabase &database, bool ta
         qWarning().noquote() << query.lastError().text();
         return false;
     }
-    while (query.next())
-        addPersonaRow(table, query);
+    const QList<PersonaRow> rows = readPersonaRows(query);
+    // All rows before the first cell widget: a row inserted later lets the view place all the widgets anew.
+    table->setRowCount(static_cast<int>(rows.size()));
+    for (int row = 0; row < rows.size(); ++row)
+        fillPersonaRow(table, row, rows.at(row));
     return true;
 }

@@ -135,7 +135,8 @@ private Q_SLOTS:
             open += pack.isOpen() && pack.driverName() == "QSQLITE"_L1 && pack.databaseName() == path ? 1 : 0;
         });
         stage.call("loadPack", path);
-        QCOMPARE(open, 4);
+        // All rows come at once.
+        QCOMPARE(open, 1);
         QCOMPARE(QSqlDatabase::connectionNames(), QStringList{u"project"_s});
     }
 

@@ -234,7 +234,7 @@ private Q_SLOTS:
             marked = stage.asksBeforeClosing();
         });
         QVERIFY(importUnasked(stage, path));
-        QCOMPARE(refreshes, 2);
+        QCOMPARE(refreshes, 1);
         QVERIFY(closed);
         QVERIFY(!marked);
         QVERIFY(stage.asksBeforeClosing());
