@@ -47,8 +47,26 @@ private Q_SLOTS:
     void a_missing_file_becomes_an_empty_one_and_an_empty_project();
     void the_file_is_attached_before_its_tables_are_asked_for();
     void the_path_is_known_when_the_views_are_refreshed();
+    void the_file_is_closed_when_the_views_are_refreshed();
     void a_pack_in_the_list_gives_way_to_the_opened_project();
 };
+
+void TestOpenedProject::the_file_is_closed_when_the_views_are_refreshed()
+{
+    Stage stage;
+    const QString path = writeOther(stage);
+    int refreshes = 0;
+    bool closed = false;
+    const QObject context;
+    connect(personaTable(stage)->model(), &QAbstractItemModel::rowsInserted, &context, [&] {
+        ++refreshes;
+        closed = QSqlDatabase::contains(u"diskproj"_s) && !QSqlDatabase::database(u"diskproj"_s, false).isOpen();
+    });
+    QVERIFY(stage.result("openProjectFromFile", path));
+    QCOMPARE(refreshes, 1);
+    QVERIFY(closed);
+    QVERIFY(!QSqlDatabase::contains(u"diskproj"_s));
+}
 
 void TestOpenedProject::opening_brings_all_views_into_line()
 {
