@@ -52,6 +52,7 @@ int main(int argc, char *argv[])
     addStartBenchmarks(report, extent);
     addPanelBenchmarks(report, extent);
     addGridBenchmarks(report, extent);
+    addLogBenchmarks(report, extent);
     addFileBenchmarks(report, extent);
     addCycleBenchmarks(report, extent);
     addRunBenchmarks(report, extent);

@@ -81,11 +81,10 @@ static std::string shown(double value, Report::Unit unit)
         double factor;
         const char *suffix;
     };
-    static const std::map<Report::Unit, Form> forms{{Report::Unit::Milliseconds, {1e3, " ms"}},
-                                                    {Report::Unit::Seconds, {1, " s"}},
-                                                    {Report::Unit::Nanoseconds, {1e9, " ns"}},
-                                                    {Report::Unit::Microseconds, {1e6, " µs"}},
-                                                    {Report::Unit::Ratio, {1, ""}}};
+    static const std::map<Report::Unit, Form> forms{
+        {Report::Unit::Milliseconds, {1e3, " ms"}},     {Report::Unit::Seconds, {1, " s"}},
+        {Report::Unit::Nanoseconds, {1e9, " ns"}},      {Report::Unit::Microseconds, {1e6, " µs"}},
+        {Report::Unit::Kilobytes, {1.0 / 1024, " KB"}}, {Report::Unit::Ratio, {1, ""}}};
     const Form &form = forms.at(unit);
     const double scaled = value * form.factor;
     char text[32];

@@ -11,11 +11,11 @@
 class Report : public benchmark::BenchmarkReporter
 {
 public:
-    enum class Unit { Milliseconds, Seconds, Nanoseconds, Microseconds, Ratio };
+    enum class Unit { Milliseconds, Seconds, Nanoseconds, Microseconds, Kilobytes, Ratio };
     struct Column
     {
         std::string title;
-        std::string counter; ///< times in seconds
+        std::string counter; ///< times in seconds, sizes in bytes
         Unit unit;
     };
 

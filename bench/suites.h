@@ -10,6 +10,7 @@ enum class Extent { Whole, Smoke };
 void addFileBenchmarks(Report &report, Extent extent);
 void addGridBenchmarks(Report &report, Extent extent);
 void addPanelBenchmarks(Report &report, Extent extent);
+void addLogBenchmarks(Report &report, Extent extent);
 void addCycleBenchmarks(Report &report, Extent extent);
 void addRunBenchmarks(Report &report, Extent extent);
 void addStartBenchmarks(Report &report, Extent extent);

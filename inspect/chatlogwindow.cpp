@@ -11,6 +11,8 @@ ChatLogWindow::ChatLogWindow(QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     view = new QPlainTextEdit(this);
     view->setReadOnly(true);
+    // A reader can undo nothing, and the steps would take nearly as much memory as the text.
+    view->setUndoRedoEnabled(false);
     layout->addWidget(view);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

@@ -1,5 +1,6 @@
 orrinet_tests(inspect
     CLASSES
+        tst_chatlogappend
         tst_chatlogwindow
         tst_conversation
         tst_gridrefresh
