@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "inspect/resultstable.h"
 #include "inspect/textsizedelegate.h"
 
 #include <QAction>
@@ -200,7 +201,7 @@ QWidget *MainWindow::buildResultsPage()
     auto *page = new QWidget;
     auto *layout = new QVBoxLayout(page);
 
-    resultsTable = new QTableWidget;
+    resultsTable = new ResultsTable;
     resultsTable->setObjectName("resultsTable"_L1);
     resultsTable->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
     resultsTable->setItemDelegate(new TextSizeDelegate(resultsTable));

@@ -16,6 +16,7 @@ class QPushButton;
 class QSqlTableModel;
 class QTableView;
 class QTableWidget;
+class ResultsTable;
 class SurveyRunner;
 
 /// The program's one window and the hub of its logic: it owns the project database and every view, and its slots are
@@ -189,7 +190,7 @@ private:
     QTableWidget *personaTable = nullptr;
     QComboBox *tagFilter = nullptr;
     QTableView *questionView = nullptr;
-    QTableWidget *resultsTable = nullptr;
+    ResultsTable *resultsTable = nullptr;
     QPushButton *runSurveyButton = nullptr;
     /// Rebuilt on every project change, null between those two moments.
     QSqlTableModel *questionModel = nullptr;

@@ -118,8 +118,54 @@ static void refreshGrid(benchmark::State &state, const Size &size, Survey::Tab t
     }
 }
 
+/// After one new answer to an open pair, the grid untouched since its last refresh.
+static void refreshAfterAnswer(benchmark::State &state, const Size &size, Survey::Tab tab)
+{
+    const int pairs = size.personas * size.questions;
+    int answers = pairs / 2;
+    Survey survey(size.personas, size.questions, answers, tab);
+    // The first refresh after foreign changes rebuilds, the next ones measure what they need.
+    survey.refresh();
+    settle();
+    Samples call;
+    Samples whole;
+    for ([[maybe_unused]] const auto _ : state) {
+        survey.addAnswers(answers, answers + 1);
+        ++answers;
+        state.SetIterationTime(whole.time([&] {
+            call.time([&] { survey.refresh(); });
+            settle();
+        }));
+    }
+    state.counters["call"] = call.median();
+    state.counters["whole"] = whole.median();
+    state.counters["most"] = whole.most();
+}
+
+static void addPatchBenchmarks(Report &report, Extent extent)
+{
+    report.addTable("patch", "One refresh after a new answer, the grid untouched",
+                    {{"call", "call", Unit::Milliseconds},
+                     {"with layout", "whole", Unit::Milliseconds},
+                     {"the slowest", "most", Unit::Milliseconds}});
+    QList<Size> sizes{{50, 20, 51, false}, {1000, 20, 51, false}, {2000, 50, 51, false}};
+    if (extent == Extent::Smoke)
+        sizes = {{15, 9, 1, false}};
+    for (const Size &size : std::as_const(sizes)) {
+        for (const auto &[tab, name] :
+             {std::pair(Survey::Tab::Results, "in front"), {Survey::Tab::Empty, "behind"}}) {
+            const std::string title =
+                "patch/" + std::to_string(size.personas) + "x" + std::to_string(size.questions) + ", " + name;
+            benchmark::RegisterBenchmark(title, refreshAfterAnswer, size, tab)
+                ->Iterations(size.iterations)
+                ->UseManualTime();
+        }
+    }
+}
+
 void addGridBenchmarks(Report &report, Extent extent)
 {
+    addPatchBenchmarks(report, extent);
     report.addTable("grid", "One refresh of the results grid",
                     {{"call", "call", Unit::Milliseconds},
                      {"floor", "floor call", Unit::Milliseconds},

@@ -45,6 +45,8 @@ public:
         return sorted.empty() ? 0.0 : *middle;
     }
 
+    double most() const { return values.empty() ? 0.0 : *std::ranges::max_element(values); }
+
 private:
     Clock clock;
     std::vector<double> values;

@@ -18,6 +18,7 @@
 #include <QSqlQuery>
 #include <QTabWidget>
 #include <QTableWidget>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
@@ -93,9 +94,12 @@ void Demo::showResults()
 
 void Demo::watchRun()
 {
-    // The grid is rebuilt after each answer. Queued, since in the middle of that the run is not to be disturbed.
+    // After each answer cells of the grid change. In the middle of that the run is not to be disturbed.
     const QAbstractItemModel *grid = window->findChild<QTableWidget *>(u"resultsTable"_s)->model();
-    connect(grid, &QAbstractItemModel::columnsInserted, this, &Demo::printNewAnswers, Qt::QueuedConnection);
+    connect(grid, &QAbstractItemModel::dataChanged, this, [this] {
+        if (!std::exchange(printing, true))
+            QTimer::singleShot(0, this, &Demo::printNewAnswers);
+    });
     const auto endIfEnabled = [this](bool enabled) {
         if (enabled)
             Q_EMIT surveyEnded();
@@ -105,6 +109,7 @@ void Demo::watchRun()
 
 void Demo::printNewAnswers()
 {
+    printing = false;
     static constexpr qsizetype answerWidth = 66;
     QSqlQuery query(project);
     query.prepare(u"SELECT r.id, p.name, q.order_num, r.text_answer, r.numeric_answer, r.json_answer "

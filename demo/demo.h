@@ -42,4 +42,5 @@ private:
     qsizetype nameWidth = 0;
     qint64 lastAnswer = 0;
     int answerCount = 0;
+    bool printing = false; ///< new answers are about to be printed
 };

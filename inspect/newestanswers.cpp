@@ -6,6 +6,39 @@
 
 using namespace Qt::StringLiterals;
 
+/// The texts of the columns text_answer, numeric_answer and json_answer, of which the first is given.
+static ShownAnswer shownFrom(const QSqlQuery &query, int firstColumn, ReasoningCache &known)
+{
+    const ParsedAnswer answer{.textAnswer = query.value(firstColumn).toString(),
+                              .numericAnswer = query.value(firstColumn + 1),
+                              .jsonAnswer = query.value(firstColumn + 2).toString()};
+    ShownAnswer shown{.answer = displayValue(answer), .reasoning = {}};
+    if (const QString *parsed = known.object(answer.jsonAnswer)) {
+        shown.reasoning = *parsed;
+    } else {
+        shown.reasoning = reasoning(answer);
+        known.insert(answer.jsonAnswer, new QString(shown.reasoning));
+    }
+    return shown;
+}
+
+QList<StoredAnswer> answersBehind(const QSqlDatabase &database, qint64 id, ReasoningCache &known)
+{
+    QList<StoredAnswer> answers;
+    QSqlQuery query(database);
+    query.setForwardOnly(true);
+    query.prepare(u"SELECT persona_uuid<x'' AND typeof(question_id)='integer',CAST(persona_uuid AS BLOB),question_id,"
+                  "text_answer,numeric_answer,json_answer FROM responses WHERE id>?"_s);
+    query.addBindValue(id);
+    query.exec();
+    while (query.next())
+        answers.append({.isOfPair = query.value(0).toBool(),
+                        .personaUuid = query.value(1).toByteArray(),
+                        .questionId = query.value(2).toLongLong(),
+                        .shown = shownFrom(query, 3, known)});
+    return answers;
+}
+
 NewestAnswers::NewestAnswers(const QSqlDatabase &database, ReasoningCache &known)
     : toBytes(database)
     , reasonings(known)
@@ -44,25 +77,11 @@ bool NewestAnswers::read(const QSqlDatabase &database, Order order)
         const qsizetype answered = own->size();
         ShownAnswer &place = (*own)[questionId.toLongLong()];
         if (own->size() > answered)
-            place = shown({.textAnswer = query.value(2).toString(),
-                           .numericAnswer = query.value(3),
-                           .jsonAnswer = query.value(4).toString()});
+            place = shownFrom(query, 2, reasonings);
         else if (order == Order::AsTheyStand)
             return false;
     }
     return true;
-}
-
-ShownAnswer NewestAnswers::shown(const ParsedAnswer &answer)
-{
-    ShownAnswer texts{.answer = displayValue(answer), .reasoning = {}};
-    if (const QString *known = reasonings.object(answer.jsonAnswer)) {
-        texts.reasoning = *known;
-    } else {
-        texts.reasoning = reasoning(answer);
-        reasonings.insert(answer.jsonAnswer, new QString(texts.reasoning));
-    }
-    return texts;
 }
 
 NewestAnswers::ByQuestion NewestAnswers::of(const QString &personaUuid)

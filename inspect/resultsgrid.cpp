@@ -1,31 +1,17 @@
-// The grid of the Results tab: a row for each persona, and for each question its answer and the reasoning. Rebuilt
-// whole at each refresh, and so after every answer of a run.
+// The grid of the Results tab: a row for each persona, and for each question its answer and the reasoning. A refresh
+// leaves what a rebuilding would; where only answers are new, as in a run, they are entered into the grid that is
+// there.
 
 #include "app/mainwindow.h"
+#include "inspect/gridpatch.h"
 #include "inspect/newestanswers.h"
+#include "inspect/resultstable.h"
 
 #include <QHeaderView>
 #include <QScopeGuard>
 #include <QSqlQuery>
-#include <QTableWidget>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-struct ResultPersona
-{
-    QString uuid;
-    QString name;
-};
-
-struct ResultQuestion
-{
-    int id = 0;
-    QString prompt;
-};
-
-} // namespace
 
 static bool readResultPersonas(const QSqlDatabase &database, QList<ResultPersona> &personas)
 {
@@ -66,6 +52,11 @@ void MainWindow::loadResults()
     if (!db.isOpen() || resultsTable == nullptr)
         return;
 
+    GridPatch &patch = resultsTable->patch();
+    if (patch.apply(db, parsedReasonings))
+        return;
+    const GridPatch::Rebuilding rebuilding(patch);
+
     // A header that sizes itself would measure every column again at each step of the rebuilding: it does so once,
     // when all is in place.
     QHeaderView *header = resultsTable->horizontalHeader();
@@ -88,9 +79,15 @@ void MainWindow::loadResults()
         titles << question.prompt << tr("Reasoning for %1").arg(question.prompt);
     resultsTable->setHorizontalHeaderLabels(titles);
 
-    NewestAnswers answers(db, parsedReasonings);
-    for (int row = 0; row < personas.size(); ++row) {
-        const ResultPersona &persona = personas.at(row);
-        fillResultRow(resultsTable, row, persona.name, questions, answers.of(persona.uuid));
+    QBitArray answered(personas.size() * questions.size());
+    {
+        NewestAnswers answers(db, parsedReasonings);
+        for (int row = 0; row < personas.size(); ++row) {
+            const auto own = answers.of(personas.at(row).uuid);
+            fillResultRow(resultsTable, row, personas.at(row).name, questions, own);
+            for (int question = 0; question < questions.size(); ++question)
+                answered.setBit((row * questions.size()) + question, own.contains(questions.at(question).id));
+        }
     }
+    patch.remember(db, personas, questions, answered);
 }

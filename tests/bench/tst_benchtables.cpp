@@ -42,7 +42,7 @@ private Q_SLOTS:
         const ProgramRun smoke = bench({u"--smoke"_s});
         QVERIFY2(smoke.status == 0, qPrintable(smoke.errors.join(u'\n')));
         output = smoke.output;
-        QCOMPARE(output.count("\n### "_L1), 7);
+        QCOMPARE(output.count("\n### "_L1), 8);
     }
 
     void table_comes_out_with_its_rows_and_all_their_figures_data()
@@ -64,8 +64,17 @@ private Q_SLOTS:
                            "| with layout | floor | with layout : floor | literal | per cell |"_s,
                            u"|---|---:|---:|---:|---:|---:|---:|---:|---:|---:|---:|"_s,
                            u"| 15x9, in front"_s + figures, u"| 15x9, behind"_s + figures};
-        QTest::addRow("One answer over TLS in a run of 15x9, the endpoint's own time taken off") << QStringList{
-            u"|  | whole cycle | without the grid |"_s, u"|---|---:|---:|"_s, u"| answer 1 | ms | ms |"_s};
+        QTest::addRow("One refresh after a new answer, the grid untouched")
+            << QStringList{u"|  | call | with layout | the slowest |"_s, u"|---|---:|---:|---:|"_s,
+                           u"| 15x9, in front | ms | ms | ms |"_s, u"| 15x9, behind | ms | ms | ms |"_s};
+        QTest::addRow("The four log entries of one answer, in a window that shows the end")
+            << QStringList{u"|  | append | plain view | append : plain view | events after it | plain view | text "
+                           "| memory | plain view | memory : plain view |"_s,
+                           u"|---|---:|---:|---:|---:|---:|---:|---:|---:|---:|"_s,
+                           u"| after 1 | ms | ms | ratio | ms | ms | KB | KB | KB | ratio |"_s};
+        QTest::addRow("One answer over TLS, the endpoint's own time taken off")
+            << QStringList{u"|  | whole cycle | without the grid | refreshes patched |"_s, u"|---|---:|---:|---:|"_s,
+                           u"| 15x9, answer 1 | ms | ms | ratio |"_s};
         // What a run has no figure for stays blank.
         QTest::addRow("Runs without a network") << QStringList{
             u"|  | run | per pair | of it the refresh at the end | literal |"_s, u"|---|---:|---:|---:|---:|"_s,

@@ -43,6 +43,7 @@ private Q_SLOTS:
         QFETCH(const int, refreshes);
         Stage stage;
         QVERIFY(enterSurvey(stage));
+        keepGridRebuilt(stage);
         QTableWidget *table = refreshedGrid(stage);
         Stage::setTestMode(answered);
         const MessageLog messages;

@@ -71,6 +71,10 @@ private:
 /// Refreshes the views from the database and leaves the flag of unsaved changes as it was.
 void refreshQuietly(Stage &stage);
 
+/// From here on each refresh builds the results grid anew, which shows as a reset of its model, instead of entering
+/// the new answers into it: for tests of when a refresh comes.
+void keepGridRebuilt(Stage &stage);
+
 /// Refreshes the results grid and gives it.
 QTableWidget *refreshedGrid(Stage &stage);
 

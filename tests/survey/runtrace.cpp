@@ -30,6 +30,7 @@ RunTrace::RunTrace(Stage &stage)
         // The runner is only gone with its deferred deletion.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
+    keepGridRebuilt(stage);
     log = logWindow(stage)->findChild<QPlainTextEdit *>();
     blocks = log->document()->isEmpty() ? 0 : log->blockCount();
     QObject::connect(log, &QPlainTextEdit::textChanged, &context, [this] { logChanged(); });
