@@ -147,6 +147,13 @@ void Survey::addAnswers(int from, int to)
     db.commit();
 }
 
+void Survey::keepGridRebuilt()
+{
+    // A temporary view could stand before a table of the project.
+    QSqlQuery query = prepared(database(), u"CREATE TEMP VIEW bystander AS SELECT 1"_s);
+    run(query, {});
+}
+
 void Survey::changeOneAnswer()
 {
     QSqlQuery query = prepared(database(), u"UPDATE responses SET text_answer=? WHERE id=1"_s);

@@ -34,6 +34,8 @@ public:
 
     /// Answers the pairs from one number to before another, persona by persona.
     void addAnswers(int from, int to);
+    /// From here on each refresh builds the grid anew.
+    void keepGridRebuilt();
     /// Gives the first pair a text that no cell had before, as one more answer of a run does.
     void changeOneAnswer();
 

@@ -59,7 +59,7 @@ private Q_SLOTS:
             << QStringList{u"|  | time |"_s,   u"|---|---:|"_s,      u"| save | ms |"_s,
                            u"| open | ms |"_s, u"| export | ms |"_s, u"| import | ms |"_s};
         const QString figures = u" | ms | ms | ratio | ms | ns | ms | ms | ratio | ms | ns |"_s;
-        QTest::addRow("One refresh of the results grid")
+        QTest::addRow("One rebuilding of the results grid")
             << QStringList{u"|  | call | floor | call : floor | literal | per cell "
                            "| with layout | floor | with layout : floor | literal | per cell |"_s,
                            u"|---|---:|---:|---:|---:|---:|---:|---:|---:|---:|---:|"_s,
