@@ -153,8 +153,7 @@ static void addPatchBenchmarks(Report &report, Extent extent)
     if (extent == Extent::Smoke)
         sizes = {{15, 9, 1, false}};
     for (const Size &size : std::as_const(sizes)) {
-        for (const auto &[tab, name] :
-             {std::pair(Survey::Tab::Results, "in front"), {Survey::Tab::Empty, "behind"}}) {
+        for (const auto &[tab, name] : {std::pair(Survey::Tab::Results, "in front"), {Survey::Tab::Empty, "behind"}}) {
             const std::string title =
                 "patch/" + std::to_string(size.personas) + "x" + std::to_string(size.questions) + ", " + name;
             benchmark::RegisterBenchmark(title, refreshAfterAnswer, size, tab)
