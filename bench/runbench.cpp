@@ -61,7 +61,6 @@ static void runFinished(benchmark::State &state, int personas, int questions)
 {
     static constexpr int step = 10;
     Survey survey(personas, questions, personas * questions, Survey::Tab::Empty);
-    survey.keepGridRebuilt();
     Samples run;
     Samples refresh;
     for ([[maybe_unused]] const auto _ : state) {
