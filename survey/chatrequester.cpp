@@ -1,12 +1,15 @@
 #include "survey/chatrequester.h"
 
 #include "preferences/settings.h"
+#include "survey/shortage.h"
 
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QUrl>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -41,6 +44,10 @@ void ChatRequester::send(const QJsonArray &messages, const QString &model, const
 
 void ChatRequester::post(const QByteArray &body)
 {
+    if (const QString text = descriptorShortage(); !text.isNull()) {
+        Q_EMIT requestFailed(text + u" (code %1)"_s.arg(int(QNetworkReply::UnknownNetworkError)));
+        return;
+    }
     QNetworkRequest request(QUrl(u"https://api.openai.com/v1/chat/completions"_s));
     request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/json"_s);
     request.setRawHeader("Authorization", "Bearer " + apiKey.toUtf8());
@@ -53,6 +60,29 @@ void ChatRequester::post(const QByteArray &body)
     reply = manager->post(request, body);
     connect(reply, &QNetworkReply::finished, this, &ChatRequester::finished);
     connect(reply, &QNetworkReply::sslErrors, this, &ChatRequester::handleSslErrors);
+    connect(reply, &QNetworkReply::redirected, this, &ChatRequester::endLostRedirection);
+    connect(reply, &QNetworkReply::metaDataChanged, this, [this] { giveUpWithoutRoom(0); });
+    connect(reply, &QNetworkReply::downloadProgress, this, &ChatRequester::giveUpWithoutRoom);
+}
+
+/// Where one redirection has made a GET of the POST and the next is to keep the method, Qt neither goes on nor ends: it
+/// looks for a body to send again.
+void ChatRequester::endLostRedirection()
+{
+    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    const bool keepsMethod = status == 307 || status == 308;
+    if (keepsMethod && reply->operation() == QNetworkAccessManager::GetOperation)
+        reply->abort();
+}
+
+/// A reply that can't be held fails by its pair, like any other that does not come to its end.
+void ChatRequester::giveUpWithoutRoom(qint64 received)
+{
+    if (reply == nullptr || reply->isFinished())
+        return;
+    const qint64 announced = reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
+    if (!hasRoomForReply(std::max(received, announced)))
+        reply->abort();
 }
 
 /// The text of the first choice of a chat completion. Whatever is missing or of another type reads as empty.

@@ -29,7 +29,9 @@ Q_SIGNALS:
     /// The answer: the arguments of the first tool call, else the message's content. Empty where the reply has neither,
     /// also for a reply that is no JSON.
     void responseReceived(const QString &text);
-    /// The request failed in the network, in TLS or by its HTTP status; the body of such a reply is not read.
+    /// The request failed in the network, in TLS or by its HTTP status; the body of such a reply is not read. Also
+    /// emitted by send() where the system has no file descriptors left for a request, and for a reply that there is no
+    /// memory for.
     void requestFailed(const QString &err);
     /// The body that is about to be sent.
     void requestSent(const QString &payload);
@@ -42,6 +44,8 @@ private Q_SLOTS:
 
 private:
     void post(const QByteArray &body);
+    void endLostRedirection();
+    void giveUpWithoutRoom(qint64 received);
     QString failureText() const;
 
     QString apiKey;

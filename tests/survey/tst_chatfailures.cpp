@@ -1,3 +1,4 @@
+#include "tests/support/patience.h"
 #include "tests/support/surveystage.h"
 #include "tests/support/testcase.h"
 #include "tests/survey/chatexchange.h"
@@ -36,7 +37,7 @@ Met meet()
                          for (const QSslError &error : errors)
                              met.sslErrors << error.errorString();
                      });
-    if (!QSignalSpy(reply, &QNetworkReply::finished).wait())
+    if (!QSignalSpy(reply, &QNetworkReply::finished).wait(patience))
         qWarning("no answer");
     met.text = reply->errorString();
     met.code = int(reply->error());
@@ -204,6 +205,35 @@ private Q_SLOTS:
         QCOMPARE(second.header("Authorization"), "Bearer test-key"_ba);
     }
 
+    void redirections_come_to_an_end_data()
+    {
+        QTest::addColumn<int>("first");
+        QTest::addColumn<int>("second");
+        QTest::addColumn<bool>("fails");
+        for (const int first : {301, 302, 303, 305, 307, 308}) {
+            for (const int second : {301, 302, 303, 305, 307, 308}) {
+                // What has become a GET has no body that could be sent on.
+                const bool fails = first < 307 && second >= 307;
+                QTest::addRow("%d, then %d", first, second) << first << second << fails;
+            }
+        }
+    }
+    void redirections_come_to_an_end()
+    {
+        SurveyStage stage;
+        QFETCH(const int, first);
+        QFETCH(const int, second);
+        QFETCH(const bool, fails);
+        stage.endpoint.queue(Reply::status(first).with("Location", "/v1/moved"));
+        stage.endpoint.queue(Reply::status(second).with("Location", "/v1/moved/on"));
+        ChatExchange exchange;
+        exchange.sendAnything();
+        QVERIFY(exchange.ended());
+        QCOMPARE(exchange.events().constLast(),
+                 fails ? u"requestFailed: Operation canceled (code 5)"_s : u"responseReceived: ok"_s);
+        QCOMPARE(exchange.events().size(), fails ? 2 : 3);
+    }
+
     void a_reply_that_never_completes_is_waited_for_data()
     {
         QTest::addColumn<Reply>("reply");
@@ -232,7 +262,7 @@ private Q_SLOTS:
         QSignalSpy closed(&stage.endpoint, &ChatEndpoint::connectionClosed);
         delete exchange.object();
         while (stage.endpoint.inFlight() > 0)
-            QVERIFY(closed.wait());
+            QVERIFY(closed.wait(patience));
         QVERIFY(exchange.outcome().isEmpty());
     }
 };
