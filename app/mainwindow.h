@@ -140,7 +140,6 @@ private:
     // project/projectdatabase.cpp
     enum class ScriptLogging { Off, On };
     bool openProjectDatabase(const char *failure, ScriptLogging logging);
-    void runSchemaScript(ScriptLogging logging);
     void resetProjectTables();
     void dropQuestionModel();
 

@@ -2,9 +2,9 @@
 
 #include "app/mainwindow.h"
 #include "project/boilerplate.h"
+#include "project/schemascript.h"
 
 #include <QDebug>
-#include <QFile>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlTableModel>
@@ -35,27 +35,12 @@ bool MainWindow::openProjectDatabase(const char *failure, ScriptLogging logging)
         qWarning().noquote() << failure << db.lastError().text();
         return false;
     }
-    runSchemaScript(logging);
-    return true;
-}
-
-void MainWindow::runSchemaScript(ScriptLogging logging)
-{
-    QFile file(u":/project/sql/schema.sql"_s);
-    if (!file.open(QIODevice::ReadOnly))
-        return;
-
-    // No statement of the script holds a semicolon but its last character.
-    const QString script = QString::fromUtf8(file.readAll());
-    const QStringList pieces = script.split(u';', Qt::SkipEmptyParts);
-    for (const QString &piece : pieces) {
-        const QString statement = piece.trimmed();
-        if (statement.isEmpty())
-            continue;
-        QSqlQuery query(db);
-        if (!query.exec(statement) && logging == ScriptLogging::On)
-            qWarning().noquote() << query.lastError().text();
+    const QStringList failures = runSchemaScript(db);
+    if (logging == ScriptLogging::On) {
+        for (const QString &text : failures)
+            qWarning().noquote() << text;
     }
+    return true;
 }
 
 void MainWindow::resetProjectTables()
