@@ -1,137 +1,36 @@
 #include "standin/certificate.h"
 
-#include <QDateTime>
-
-#include <openssl/evp.h>
-#include <openssl/pem.h>
-#include <openssl/rand.h>
-#include <openssl/x509v3.h>
-
-#include <memory>
+using loopback::Issued;
 
 namespace standin {
 
-namespace {
-
-template<typename Type, void (*release)(Type *)>
-struct Releaser
-{
-    void operator()(Type *object) const { release(object); }
-};
-using KeyPointer = std::unique_ptr<EVP_PKEY, Releaser<EVP_PKEY, EVP_PKEY_free>>;
-using CertificatePointer = std::unique_ptr<X509, Releaser<X509, X509_free>>;
-using ExtensionPointer = std::unique_ptr<X509_EXTENSION, Releaser<X509_EXTENSION, X509_EXTENSION_free>>;
-using BufferPointer = std::unique_ptr<BIO, Releaser<BIO, BIO_free_all>>;
-
-/// The library's own objects: Qt's would outlive the TLS plugin at the end of the process.
-struct Issued
-{
-    KeyPointer key;
-    CertificatePointer certificate;
-};
-
-struct Validity
-{
-    QDateTime from = QDateTime::currentDateTimeUtc().addDays(-1);
-    QDateTime to = QDateTime::currentDateTimeUtc().addDays(30);
-};
-
-void require(bool done)
-{
-    if (!done)
-        qFatal("libcrypto made no certificate");
-}
-
-void addExtension(X509 *certificate, X509 *issuer, int kind, const QByteArray &value)
-{
-    X509V3_CTX context;
-    X509V3_set_ctx(&context, issuer, certificate, nullptr, nullptr, 0);
-    const ExtensionPointer extension(X509V3_EXT_conf_nid(nullptr, &context, kind, value.constData()));
-    require(extension && X509_add_ext(certificate, extension.get(), -1) == 1);
-}
-
-/// A random number, since clients take two certificates of one issuer and one number for the same.
-void setSerialNumber(X509 *certificate)
-{
-    quint32 number = 0;
-    require(RAND_bytes(reinterpret_cast<unsigned char *>(&number), sizeof number) == 1);
-    require(ASN1_INTEGER_set_uint64(X509_get_serialNumber(certificate), quint64(number) + 1) == 1);
-}
-
-/// Signed by the issuer, or by itself where there is none.
-Issued issue(const QByteArray &host, const Issued *issuer = nullptr, const Validity &validity = {})
-{
-    Issued issued{.key = KeyPointer(EVP_EC_gen("P-256")), .certificate = CertificatePointer(X509_new())};
-    X509 *certificate = issued.certificate.get();
-    require(issued.key && certificate != nullptr);
-    X509 *signer = issuer != nullptr ? issuer->certificate.get() : certificate;
-    EVP_PKEY *signingKey = issuer != nullptr ? issuer->key.get() : issued.key.get();
-
-    require(X509_set_version(certificate, X509_VERSION_3) == 1);
-    setSerialNumber(certificate);
-    require(ASN1_TIME_set(X509_getm_notBefore(certificate), validity.from.toSecsSinceEpoch()) != nullptr);
-    require(ASN1_TIME_set(X509_getm_notAfter(certificate), validity.to.toSecsSinceEpoch()) != nullptr);
-    require(X509_set_pubkey(certificate, issued.key.get()) == 1);
-    X509_NAME *name = X509_get_subject_name(certificate);
-    require(X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_UTF8,
-                                       reinterpret_cast<const unsigned char *>(host.constData()), int(host.size()), -1,
-                                       0) == 1);
-    require(X509_set_issuer_name(certificate, X509_get_subject_name(signer)) == 1);
-    addExtension(certificate, signer, NID_subject_alt_name, "DNS:" + host);
-    // Issuer and holder may bear one name; by the keys they are told apart.
-    addExtension(certificate, signer, NID_subject_key_identifier, "hash");
-    addExtension(certificate, signer, NID_authority_key_identifier, "keyid");
-    if (issuer == nullptr)
-        addExtension(certificate, signer, NID_basic_constraints, "critical,CA:TRUE");
-    require(X509_sign(certificate, signingKey, EVP_sha256()) > 0);
-    return issued;
-}
-
-QByteArray contents(BIO *buffer)
-{
-    char *data = nullptr;
-    const long size = BIO_get_mem_data(buffer, &data);
-    return {data, qsizetype(size)};
-}
-
-Certificate toQt(const Issued &issued)
-{
-    const BufferPointer certificate(BIO_new(BIO_s_mem()));
-    const BufferPointer key(BIO_new(BIO_s_mem()));
-    require(PEM_write_bio_X509(certificate.get(), issued.certificate.get()) == 1);
-    require(PEM_write_bio_PrivateKey(key.get(), issued.key.get(), nullptr, nullptr, 0, nullptr, nullptr) == 1);
-    return {QSslCertificate(contents(certificate.get())), QSslKey(contents(key.get()), QSsl::Ec)};
-}
-
-const Issued &issuedFor(Identity identity)
+static const Issued &issuedFor(Identity identity)
 {
     static const QByteArray host = "api.openai.com";
-    static const Issued good = issue(host);
+    static const Issued good(host);
     switch (identity) {
     case Identity::Good:
         break;
     case Identity::WrongHost: {
-        static const Issued wrongHost = issue("elsewhere.example", &good);
+        static const Issued wrongHost("elsewhere.example", &good);
         return wrongHost;
     }
     case Identity::Expired: {
         const QDateTime now = QDateTime::currentDateTimeUtc();
-        static const Issued expired = issue(host, &good, {.from = now.addDays(-60), .to = now.addDays(-30)});
+        static const Issued expired(host, &good, {.from = now.addDays(-60), .to = now.addDays(-30)});
         return expired;
     }
     case Identity::UnknownIssuer: {
-        static const Issued unknownIssuer = issue(host);
+        static const Issued unknownIssuer(host);
         return unknownIssuer;
     }
     }
     return good;
 }
 
-} // namespace
-
-Certificate certificateFor(Identity identity)
+loopback::Certificate certificateFor(Identity identity)
 {
-    return toQt(issuedFor(identity));
+    return issuedFor(identity).certificate();
 }
 
 } // namespace standin

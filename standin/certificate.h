@@ -1,7 +1,6 @@
 #pragma once
 
-#include <QSslCertificate>
-#include <QSslKey>
+#include "loopback/certificate.h"
 
 namespace standin {
 
@@ -9,13 +8,7 @@ namespace standin {
 /// certificate that a Detour trusts, so that each of the others fails for its own reason alone.
 enum class Identity { Good, WrongHost, Expired, UnknownIssuer };
 
-struct Certificate
-{
-    QSslCertificate certificate;
-    QSslKey key;
-};
-
 /// Made at the first call for an identity, and the same for the rest of the process; the keys exist in memory only.
-Certificate certificateFor(Identity identity);
+loopback::Certificate certificateFor(Identity identity);
 
 } // namespace standin

@@ -1,7 +1,7 @@
 #include "standin/chatendpoint.h"
 
-#include "standin/connection.h"
-#include "standin/listener.h"
+#include "loopback/listener.h"
+#include "standin/player.h"
 
 #include <QHostAddress>
 
@@ -11,14 +11,14 @@ using namespace Qt::StringLiterals;
 
 namespace standin {
 
-ChatEndpoint::ChatEndpoint(QObject *parent)
+ChatEndpoint::ChatEndpoint(QObject *parent, quint16 port)
     : QObject(parent)
     , clock(this)
-    , listener(new Listener(this))
+    , listener(new loopback::Listener(this))
     , fallback([](const Request &) { return Reply::content(u"ok"_s); })
 {
-    connect(listener, &Listener::connectionArrived, this, &ChatEndpoint::accept);
-    if (!listener->listen(QHostAddress::LocalHost))
+    connect(listener, &loopback::Listener::connectionArrived, this, &ChatEndpoint::accept);
+    if (!listener->listen(QHostAddress::LocalHost, port))
         qFatal("the endpoint cannot listen: %ls", qUtf16Printable(listener->errorString()));
     lifetime.start();
 }
@@ -31,6 +31,11 @@ quint16 ChatEndpoint::port() const
 void ChatEndpoint::setIdentity(Identity shown)
 {
     identity = shown;
+}
+
+void ChatEndpoint::takePlainRequests()
+{
+    gate.plain = true;
 }
 
 void ChatEndpoint::queue(const Reply &reply)
@@ -47,9 +52,9 @@ void ChatEndpoint::release()
 {
     const WorkClock::Span working(clock, true);
     const QList<Held> due = std::exchange(heldReplies, {});
-    for (const auto &[connection, reply] : due) {
-        if (connection)
-            connection->answer(reply);
+    for (const auto &[player, reply] : due) {
+        if (player)
+            player->play(reply);
     }
 }
 
@@ -81,33 +86,32 @@ qint64 ChatEndpoint::ownTime() const
 void ChatEndpoint::accept(qintptr descriptor)
 {
     const int number = ++connectionCount;
-    auto *connection = new Connection(descriptor, identity, this);
-    connect(connection, &Connection::requestRead, this, [=, this](Request request) {
-        request.connection = number;
-        record(request);
-        reply(connection);
+    auto *connection = new loopback::Connection(descriptor, certificateFor(identity), gate, this);
+    auto *player = new Player(connection);
+    connect(connection, &loopback::Connection::requestRead, this, [=, this](const loopback::Request &read) {
+        record({read, number, lifetime.elapsed()});
+        reply(player);
     });
-    connect(connection, &Connection::answered, this, [=, this] {
+    connect(connection, &loopback::Connection::answered, this, [=, this] {
         const int index = openRequests.take(number);
         const WorkClock::Span listening(clock, false);
         Q_EMIT replied(index);
     });
-    connect(connection, &Connection::closed, this, [=, this] {
+    connect(connection, &loopback::Connection::closed, this, [=, this] {
         openRequests.remove(number);
         const WorkClock::Span listening(clock, false);
         Q_EMIT connectionClosed(number);
     });
 }
 
-void ChatEndpoint::record(Request &request)
+void ChatEndpoint::record(const Request &request)
 {
-    request.arrivedAt = lifetime.elapsed();
     openRequests.insert(request.connection, int(recorded.size()));
     mostOpenRequests = qMax(mostOpenRequests, int(openRequests.size()));
     recorded << request;
 }
 
-void ChatEndpoint::reply(Connection *connection)
+void ChatEndpoint::reply(Player *player)
 {
     const Request request = recorded.constLast();
     {
@@ -116,9 +120,9 @@ void ChatEndpoint::reply(Connection *connection)
     }
     const Reply chosen = script.isEmpty() ? fallback(request) : script.dequeue();
     if (chosen.waits)
-        heldReplies.append({connection, chosen});
+        heldReplies.append({player, chosen});
     else
-        connection->answer(chosen);
+        player->play(chosen);
 }
 
 } // namespace standin

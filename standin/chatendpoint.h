@@ -1,5 +1,6 @@
 #pragma once
 
+#include "loopback/connection.h"
 #include "standin/certificate.h"
 #include "standin/reply.h"
 #include "standin/workclock.h"
@@ -12,10 +13,13 @@
 
 #include <functional>
 
+namespace loopback {
+class Listener;
+}
+
 namespace standin {
 
-class Connection;
-class Listener;
+class Player;
 
 /// A local chat completions endpoint with real TLS, in the thread of its client. A Detour leads the client here.
 /// It is an HTTP proxy on loopback that answers what comes through its tunnels itself, and records it.
@@ -24,11 +28,15 @@ class ChatEndpoint : public QObject
     Q_OBJECT
 
 public:
-    explicit ChatEndpoint(QObject *parent = nullptr);
+    /// On a free port, or on this one.
+    explicit ChatEndpoint(QObject *parent = nullptr, quint16 port = 0);
 
     quint16 port() const;
     /// For connections to come; Good at the start.
     void setIdentity(Identity shown);
+
+    /// From here on requests are taken in the clear too, without a tunnel: as a server on this machine does.
+    void takePlainRequests();
 
     /// The answer to one request to come. Each try counts as one where Qt repeats a dropped POST.
     void queue(const Reply &reply);
@@ -57,18 +65,19 @@ Q_SIGNALS:
 private:
     struct Held
     {
-        QPointer<Connection> connection;
+        QPointer<Player> player;
         Reply reply;
     };
 
     void accept(qintptr descriptor);
-    void record(Request &request);
-    void reply(Connection *connection);
+    void record(const Request &request);
+    void reply(Player *player);
 
     WorkClock clock;
-    Listener *listener;
+    loopback::Listener *listener;
     QElapsedTimer lifetime;
     Identity identity = Identity::Good;
+    loopback::Gate gate;
     QQueue<Reply> script;
     std::function<Reply(const Request &)> fallback;
     QList<Held> heldReplies;

@@ -14,10 +14,20 @@ namespace {
 
 QByteArray usualReason(int code)
 {
-    static constexpr std::pair<int, const char *> phrases[] = {
-        {200, "OK"},          {307, "Temporary Redirect"},  {400, "Bad Request"},          {401, "Unauthorized"},
-        {403, "Forbidden"},   {404, "Not Found"},           {408, "Request Timeout"},      {429, "Too Many Requests"},
-        {502, "Bad Gateway"}, {503, "Service Unavailable"}, {500, "Internal Server Error"}};
+    static constexpr std::pair<int, const char *> phrases[] = {{200, "OK"},
+                                                               {307, "Temporary Redirect"},
+                                                               {400, "Bad Request"},
+                                                               {401, "Unauthorized"},
+                                                               {403, "Forbidden"},
+                                                               {404, "Not Found"},
+                                                               {408, "Request Timeout"},
+                                                               {409, "Conflict"},
+                                                               {422, "Unprocessable Entity"},
+                                                               {429, "Too Many Requests"},
+                                                               {500, "Internal Server Error"},
+                                                               {502, "Bad Gateway"},
+                                                               {503, "Service Unavailable"},
+                                                               {504, "Gateway Timeout"}};
     for (const auto &[known, phrase] : phrases) {
         if (known == code)
             return phrase;

@@ -40,14 +40,14 @@ private:
     std::mt19937_64 generator;
 };
 
-QString lastText(const QJsonArray &messages, const QString &role)
+QStringList textsOf(const QJsonArray &messages, const QString &role)
 {
-    QString text;
+    QStringList texts;
     for (const auto &message : messages) {
         if (message["role"_L1].toString() == role)
-            text = message["content"_L1].toString();
+            texts << message["content"_L1].toString();
     }
-    return text;
+    return texts;
 }
 
 QStringList choicesIn(const QString &question)
@@ -116,14 +116,27 @@ QString reasoning(Dice &dice)
     return u"Made-up reasoning: "_s % sentence(dice);
 }
 
+/// Where no schema says which keys there are to be, the last system message does.
+bool wantsReasoning(const QJsonValue &format, const QStringList &systemTexts)
+{
+    const QJsonValue named = format["json_schema"_L1];
+    const QJsonValue schema = (named.isObject() ? named : format)["schema"_L1];
+    if (schema.isObject())
+        return schema["properties"_L1].toObject().contains("reasoning"_L1);
+    return systemTexts.size() > 1 && systemTexts.constLast().contains("reasoning"_L1);
+}
+
 } // namespace
 
 Reply respond(const Request &request)
 {
     const QJsonObject body = request.json();
     const QJsonArray messages = body["messages"_L1].toArray();
-    const QString question = lastText(messages, u"user"_s);
-    Dice dice(lastText(messages, u"system"_s), question);
+    const QStringList questions = textsOf(messages, u"user"_s);
+    const QString question = questions.isEmpty() ? QString() : questions.constLast();
+    // A system message at the end asks for a form; the persona stands in the first one.
+    const QStringList systemTexts = textsOf(messages, u"system"_s);
+    Dice dice(systemTexts.value(0), question);
 
     const QJsonValue labels =
         body["tools"_L1][0]["function"_L1]["parameters"_L1]["properties"_L1]["answer"_L1]["enum"_L1];
@@ -134,7 +147,7 @@ Reply respond(const Request &request)
     const QJsonValue format = body["response_format"_L1];
     if (format.isObject()) {
         QJsonObject reply{{u"answer"_s, answerTo(question, dice)}};
-        if (format["schema"_L1]["properties"_L1].toObject().contains("reasoning"_L1))
+        if (wantsReasoning(format, systemTexts))
             reply.insert("reasoning"_L1, reasoning(dice));
         return Reply::content(compact(reply));
     }

@@ -13,6 +13,8 @@ ninja-build                ninja-build             ninja
 qt6-base-dev               qt6-qtbase-devel        qt6-base
 libqt6sql6-sqlite          -                       -
 libssl-dev                 openssl-devel           openssl
+libllhttp-dev              llhttp-devel            llhttp
+libcli11-dev               cli11-devel             cli11
 ca-certificates            ca-certificates         ca-certificates
 libbenchmark-dev           google-benchmark-devel  benchmark
 -                          libasan                 -

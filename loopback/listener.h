@@ -2,7 +2,7 @@
 
 #include <QTcpServer>
 
-namespace standin {
+namespace loopback {
 
 /// Hands out bare descriptors, since TLS is to start on a connection only after its CONNECT.
 class Listener : public QTcpServer
@@ -19,4 +19,4 @@ protected:
     void incomingConnection(qintptr descriptor) override { Q_EMIT connectionArrived(descriptor); }
 };
 
-} // namespace standin
+} // namespace loopback

@@ -1,22 +1,20 @@
-#include "standin/detour.h"
-
-#include "standin/certificate.h"
-#include "standin/chatendpoint.h"
+#include "loopback/detour.h"
 
 #include <QHostAddress>
+#include <QSslCertificate>
 
-namespace standin {
+namespace loopback {
 
-Detour::Detour(const ChatEndpoint &endpoint)
+Detour::Detour(quint16 port, const QSslCertificate &trusted, const QString &user, const QString &password)
     : formerProxy(QNetworkProxy::applicationProxy())
     , formerSystemProxy(QNetworkProxyFactory::usesSystemConfiguration())
     , formerConfiguration(QSslConfiguration::defaultConfiguration())
 {
     QSslConfiguration configuration = formerConfiguration;
-    configuration.setCaCertificates({certificateFor(Identity::Good).certificate});
+    configuration.setCaCertificates({trusted});
     QSslConfiguration::setDefaultConfiguration(configuration);
-    const QString loopback = QHostAddress(QHostAddress::LocalHost).toString();
-    QNetworkProxy::setApplicationProxy({QNetworkProxy::HttpProxy, loopback, endpoint.port()});
+    const QString address = QHostAddress(QHostAddress::LocalHost).toString();
+    QNetworkProxy::setApplicationProxy({QNetworkProxy::HttpProxy, address, port, user, password});
 }
 
 Detour::~Detour()
@@ -28,4 +26,4 @@ Detour::~Detour()
         QNetworkProxyFactory::setUseSystemConfiguration(true);
 }
 
-} // namespace standin
+} // namespace loopback
