@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 #include "demo/demo.h"
+#include "demo/secondact.h"
 #include "demo/secondlook.h"
 #include "preferences/settings.h"
 #include "standin/chatendpoint.h"
@@ -32,6 +33,7 @@ struct Arguments
 {
     QDir examples;
     QDir output;
+    QString bridge;
     bool keep = false;
     bool secondLook = false;
 };
@@ -41,16 +43,18 @@ static Arguments readArguments()
     const QCommandLineOption examples(u"examples"_s, u"Folder of panel.json and questionnaire.json."_s, u"folder"_s);
     const QCommandLineOption output(u"output"_s, u"Folder for the pictures and the log."_s, u"folder"_s);
     const QCommandLineOption secondLook(u"second-look"_s, u"Take up the files that an earlier demo left."_s);
+    const QCommandLineOption bridge(u"bridge"_s, u"The program orrinet-bridge, for the second act."_s, u"program"_s);
     const QCommandLineOption keep(u"keep"_s, u"Leave the window open until it is closed."_s);
     QCommandLineParser parser;
     parser.setApplicationDescription(u"Runs the example survey in the real window against a local endpoint."_s);
     parser.addHelpOption();
-    parser.addOptions({examples, output, keep, secondLook});
+    parser.addOptions({examples, output, bridge, keep, secondLook});
     parser.process(*QCoreApplication::instance());
     if (!parser.isSet(examples) || !parser.isSet(output))
         parser.showHelp(1);
     return {.examples = QDir(parser.value(examples)),
             .output = QDir(parser.value(output)),
+            .bridge = parser.value(bridge),
             .keep = parser.isSet(keep),
             .secondLook = parser.isSet(secondLook)};
 }
@@ -100,6 +104,10 @@ static int run(const Examples &examples, const Arguments &arguments)
     flaws += demo.writeFiles(arguments.output);
     flaws += saveFiles(&window, arguments.output);
     flaws += startSecondLook(arguments);
+    if (!arguments.bridge.isEmpty()) {
+        QTextStream out(stdout);
+        flaws += SecondAct(arguments.bridge, arguments.output, out).play();
+    }
     const int status = flaws.isEmpty() ? 0 : failed(flaws);
     // Where there is no display nobody could close it.
     if (arguments.keep && window.isVisible() && QGuiApplication::platformName() != "offscreen"_L1)
