@@ -4,13 +4,18 @@
 #include "bench/samples.h"
 #include "bench/suites.h"
 #include "bench/survey.h"
+#include "bridge/bridge.h"
+#include "loopback/detour.h"
 #include "standin/chatendpoint.h"
 #include "standin/detour.h"
 
 #include <QEventLoop>
 #include <QSettings>
 #include <QSqlQuery>
+#include <QSslCertificate>
 #include <QTableWidget>
+
+#include <optional>
 
 using namespace Qt::StringLiterals;
 using standin::ChatEndpoint;
@@ -29,6 +34,38 @@ struct RunSize
 };
 
 enum class Grid { Shown, LeftOut };
+
+enum class Way { Straight, Bridged };
+
+/// Leads the requests to the endpoint: alone, or through a bridge that reaches it by TLS as well.
+class Road
+{
+public:
+    Road(const ChatEndpoint &endpoint, Way way)
+    {
+        if (way == Way::Straight) {
+            straight.emplace(endpoint);
+            return;
+        }
+        qputenv("https_proxy", QByteArray("http://127.0.0.1:" + QByteArray::number(endpoint.port())));
+        bridge::Route route;
+        route.url = QUrl(u"https://api.openai.com/v1/chat/completions"_s);
+        route.extraRoots = {standin::certificateFor(standin::Identity::Good).certificate};
+        wayOut.emplace(route);
+        between.emplace(bridge::BridgeOptions(), &*wayOut);
+        if (!between->listen())
+            qFatal("the bridge cannot listen");
+        bridged.emplace(between->port(), between->certificate(), between->user(), between->password());
+    }
+    ~Road() { qunsetenv("https_proxy"); }
+    Q_DISABLE_COPY_MOVE(Road)
+
+private:
+    std::optional<standin::Detour> straight;
+    std::optional<bridge::Endpoint> wayOut;
+    std::optional<bridge::Bridge> between;
+    std::optional<loopback::Detour> bridged;
+};
 
 struct Cycles
 {
@@ -66,15 +103,17 @@ static Cycles runCycles(Survey &survey, const ChatEndpoint &endpoint, int count,
 }
 
 /// The answers up to this one.
-static Cycles cyclesUpTo(const RunSize &size, int answer, Grid grid)
+static Cycles cyclesUpTo(const RunSize &size, int answer, Grid grid, Way way = Way::Straight)
 {
     const int before = answer == 1 ? 0 : answer - size.cycles();
     Survey survey(size.personas, size.questions, before, Survey::Tab::Results);
     QSettings().setValue(u"openai/api_key"_s, u"none"_s);
     ChatEndpoint endpoint;
-    const standin::Detour detour(endpoint);
+    const Road road(endpoint, way);
     endpoint.answerWith([&](const standin::Request &) {
-        return Reply::toolCall(Survey::replyObject(before + int(endpoint.requests().size())));
+        // A bridge keeps its connection, as the program never does.
+        const Reply reply = Reply::toolCall(Survey::replyObject(before + int(endpoint.requests().size())));
+        return way == Way::Bridged ? reply.keptAlive() : reply;
     });
     const Cycles cycles = runCycles(survey, endpoint, size.cycles(), grid);
     QSettings().clear();
@@ -88,7 +127,11 @@ static void askOne(benchmark::State &state, const RunSize &size, int answer)
         state.SetIterationTime(cycles.times.median());
         state.counters["cycle"] = cycles.times.median();
         state.counters["patched"] = cycles.patched();
-        state.counters["rest"] = cyclesUpTo(size, answer, Grid::LeftOut).times.median();
+        const double rest = cyclesUpTo(size, answer, Grid::LeftOut).times.median();
+        const double bridged = cyclesUpTo(size, answer, Grid::LeftOut, Way::Bridged).times.median();
+        state.counters["rest"] = rest;
+        state.counters["bridged"] = bridged;
+        state.counters["bridged ratio"] = bridged / rest;
     }
 }
 
@@ -98,7 +141,9 @@ void addCycleBenchmarks(Report &report, Extent extent)
     report.addTable("cycle", "One answer over TLS, the endpoint's own time taken off",
                     {{"whole cycle", "cycle", Unit::Milliseconds},
                      {"without the grid", "rest", Unit::Milliseconds},
-                     {"refreshes patched", "patched", Unit::Ratio}});
+                     {"refreshes patched", "patched", Unit::Ratio},
+                     {"without the grid, bridged", "bridged", Unit::Milliseconds},
+                     {"bridged : alone", "bridged ratio", Unit::Ratio}});
     const auto add = [](const RunSize &size, int answer) {
         const std::string name = "cycle/" + std::to_string(size.personas) + "x" + std::to_string(size.questions) +
                                  ", answer " + std::to_string(answer);

@@ -1,5 +1,6 @@
 // The chat log, to which a run adds four entries for each answer, and what it costs once much is in it.
 
+#include "bench/memory.h"
 #include "bench/report.h"
 #include "bench/samples.h"
 #include "bench/suites.h"
@@ -12,10 +13,6 @@
 #include <QJsonObject>
 #include <QPlainTextEdit>
 #include <QVBoxLayout>
-
-#if defined(__GLIBC__)
-#include <malloc.h>
-#endif
 
 using namespace Qt::StringLiterals;
 using Unit = Report::Unit;
@@ -48,17 +45,6 @@ struct Cost
 };
 
 } // namespace
-
-/// In bytes, as far as the C library tells.
-static double allocated()
-{
-#if defined(__GLIBC__)
-    const struct mallinfo2 all = mallinfo2();
-    return double(all.uordblks) + double(all.hblkhd);
-#else
-    return 0;
-#endif
-}
 
 static QJsonObject message(const QString &role, const QString &content)
 {

@@ -1,7 +1,9 @@
 // Prints a table of what the program costs, each figure beside one of the same run to measure it against. With --smoke
-// every benchmark runs once and in a small size: the figures mean nothing then, but they are all there.
+// every benchmark runs once and in a small size: the figures mean nothing then, but they are all there. With --soak a
+// long run with faults takes their place, and the status says whether it kept its promises.
 
 #include "bench/report.h"
+#include "bench/soak.h"
 #include "bench/startbench.h"
 #include "bench/suites.h"
 #include "standin/privatehome.h"
@@ -10,6 +12,7 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <clocale>
 #include <cstdio>
 #include <string_view>
 
@@ -44,11 +47,16 @@ int main(int argc, char *argv[])
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     const Extent extent = take(argc, argv, "--smoke") ? Extent::Smoke : Extent::Whole;
+    const bool soaks = take(argc, argv, "--soak");
     benchmark::Initialize(&argc, argv);
     const QApplication application(argc, argv);
+    // The benchmarks read and write their figures in the form of the locale, and know no decimal comma.
+    std::setlocale(LC_NUMERIC, "C");
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 2;
     Report report;
+    if (soaks)
+        return soak(report, extent);
     addStartBenchmarks(report, extent);
     addPanelBenchmarks(report, extent);
     addGridBenchmarks(report, extent);
@@ -56,6 +64,7 @@ int main(int argc, char *argv[])
     addFileBenchmarks(report, extent);
     addCycleBenchmarks(report, extent);
     addRunBenchmarks(report, extent);
+    addBridgeBenchmarks(report, extent);
     benchmark::RunSpecifiedBenchmarks(&report);
     report.print();
     return 0;

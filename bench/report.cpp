@@ -16,6 +16,14 @@ void Report::addTable(const std::string &name, const std::string &title, const s
     tables.push_back({name, title, columns, {}});
 }
 
+void Report::addRow(const std::string &table, const std::string &name, const std::map<std::string, double> &counters)
+{
+    for (Table &known : tables) {
+        if (known.name == table)
+            known.rows.emplace_back(name, counters);
+    }
+}
+
 bool Report::ReportContext(const Context & /*context*/)
 {
     return true;
@@ -28,13 +36,10 @@ void Report::ReportRuns(const std::vector<Run> &runs)
         const std::string &name = run.run_name.function_name;
         std::fprintf(stderr, "%s\n", name.c_str());
         const size_t slash = name.find('/');
-        for (Table &table : tables) {
-            if (table.name != name.substr(0, slash))
-                continue;
-            auto &row = table.rows.emplace_back(name.substr(slash + 1), std::map<std::string, double>());
-            for (const auto &[counter, value] : run.counters)
-                row.second[counter] = value.value;
-        }
+        std::map<std::string, double> counters;
+        for (const auto &[counter, value] : run.counters)
+            counters[counter] = value.value;
+        addRow(name.substr(0, slash), name.substr(slash + 1), counters);
     }
 }
 
@@ -81,14 +86,18 @@ static std::string shown(double value, Report::Unit unit)
         double factor;
         const char *suffix;
     };
-    static const std::map<Report::Unit, Form> forms{
-        {Report::Unit::Milliseconds, {1e3, " ms"}},     {Report::Unit::Seconds, {1, " s"}},
-        {Report::Unit::Nanoseconds, {1e9, " ns"}},      {Report::Unit::Microseconds, {1e6, " µs"}},
-        {Report::Unit::Kilobytes, {1.0 / 1024, " KB"}}, {Report::Unit::Ratio, {1, ""}}};
+    static const std::map<Report::Unit, Form> forms{{Report::Unit::Milliseconds, {1e3, " ms"}},
+                                                    {Report::Unit::Seconds, {1, " s"}},
+                                                    {Report::Unit::Nanoseconds, {1e9, " ns"}},
+                                                    {Report::Unit::Microseconds, {1e6, " µs"}},
+                                                    {Report::Unit::Kilobytes, {1.0 / 1024, " KB"}},
+                                                    {Report::Unit::Megabytes, {1.0 / 1024 / 1024, " MB"}},
+                                                    {Report::Unit::Ratio, {1, ""}},
+                                                    {Report::Unit::Count, {1, ""}}};
     const Form &form = forms.at(unit);
     const double scaled = value * form.factor;
     char text[32];
-    std::snprintf(text, sizeof text, "%.*f%s", decimals(scaled), scaled, form.suffix);
+    std::snprintf(text, sizeof text, "%.*f%s", unit == Report::Unit::Count ? 0 : decimals(scaled), scaled, form.suffix);
     return text;
 }
 

@@ -11,7 +11,7 @@
 class Report : public benchmark::BenchmarkReporter
 {
 public:
-    enum class Unit { Milliseconds, Seconds, Nanoseconds, Microseconds, Kilobytes, Ratio };
+    enum class Unit { Milliseconds, Seconds, Nanoseconds, Microseconds, Kilobytes, Megabytes, Ratio, Count };
     struct Column
     {
         std::string title;
@@ -20,6 +20,7 @@ public:
     };
 
     void addTable(const std::string &name, const std::string &title, const std::vector<Column> &columns);
+    void addRow(const std::string &table, const std::string &name, const std::map<std::string, double> &counters);
 
     bool ReportContext(const Context &context) override;
     void ReportRuns(const std::vector<Run> &runs) override;

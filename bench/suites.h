@@ -7,6 +7,7 @@ enum class Extent { Whole, Smoke };
 
 // Each registers its benchmarks with the library and describes their table to the report.
 
+void addBridgeBenchmarks(Report &report, Extent extent);
 void addFileBenchmarks(Report &report, Extent extent);
 void addGridBenchmarks(Report &report, Extent extent);
 void addPanelBenchmarks(Report &report, Extent extent);

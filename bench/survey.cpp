@@ -1,6 +1,7 @@
 #include "bench/survey.h"
 
 #include <QAbstractEventDispatcher>
+#include <QAction>
 #include <QCoreApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -96,6 +97,16 @@ void Survey::call(const char *slot, const QString &path)
 QTableWidget *Survey::table()
 {
     return window->findChild<QTableWidget *>(u"resultsTable"_s);
+}
+
+QAction *Survey::runEntry()
+{
+    const auto actions = window->findChildren<QAction *>();
+    for (QAction *action : actions) {
+        if (action->text() == "Run"_L1)
+            return action;
+    }
+    qFatal("no entry of the menu is called Run");
 }
 
 QSqlDatabase Survey::database() const

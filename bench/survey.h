@@ -6,6 +6,7 @@
 
 #include <memory>
 
+class QAction;
 class QTableWidget;
 
 /// The real main window with a panel and a questionnaire of a given size, entered by SQL.
@@ -30,6 +31,8 @@ public:
         return window->findChild<Widget *>(name);
     }
     QTableWidget *table();
+    /// The menu entry "Run", which is disabled while a run goes on.
+    QAction *runEntry();
     QSqlDatabase database() const;
 
     /// Answers the pairs from one number to before another, persona by persona.

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QByteArrayView>
+
+// What this process holds of the machine, as far as the system tells; 0 where it does not.
+
+/// The bytes that are allocated from the C library.
+double allocated();
+
+/// A line of the process's status that tells a size, such as "VmHWM:", in bytes.
+double statusBytes(QByteArrayView name);
+
+/// The files, sockets and the like that are open.
+int openDescriptors();
