@@ -26,6 +26,12 @@ if(ORRINET_SANITIZE)
     target_link_options(orrinet-flags INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(ORRINET_FUZZERS)
+    target_compile_options(orrinet-flags INTERFACE
+        -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(orrinet-flags INTERFACE -fsanitize=address,undefined)
+endif()
+
 # Each test program holds the whole library, and LLVM's linker links it in a quarter of the time. What is made to be
 # installed is left to the system's own.
 find_program(ORRINET_LLD ld.lld)
