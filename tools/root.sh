@@ -1,7 +1,8 @@
 # shellcheck shell=bash
 # The Debian root in the cache folder: its making, what is added to it, and the way into it.
 
-readonly suite=trixie
+# What a root is made of: Debian 13, unless a command makes another beside it.
+suite=trixie
 # The root to work in, empty where the host has all that is needed.
 root=
 
@@ -18,13 +19,14 @@ hostMirror() {
         awk '$2 == "Debian" && $3 == "main" && $4 !~ /-/ { print $1; exit }'
 }
 
+# makeRoot [OPTION OF MMDEBSTRAP ...]
 makeRoot() {
     local half=$root.half mirror packages
     asRoot rm -rf --one-file-system -- "$half"
     mirror=$(hostMirror)
     packages=$(toolchainRows | packageNames debian | paste -sd ,)
     if ! command -v mmdebstrap >/dev/null; then installOnHost mmdebstrap debian-archive-keyring; fi
-    asRoot mmdebstrap --variant=apt --mode=root --aptopt='APT::Install-Recommends "false"' \
+    asRoot mmdebstrap --variant=apt --mode=root --aptopt='APT::Install-Recommends "false"' "$@" \
         --include="$packages" "$suite" "$half" ${mirror:+"$mirror"}
     # Only a root that is whole gets the name that later calls look for.
     asRoot mv -T -- "$half" "$root"
