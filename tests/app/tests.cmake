@@ -20,8 +20,12 @@ if(ORRINET_WINDRES OR CMAKE_SYSTEM_NAME STREQUAL "Linux")
 endif()
 
 orrinet_tests(app
+    SOURCES dialoganswers.cpp dialoganswers.h eventchecks.cpp eventchecks.h eventdriver.cpp eventdriver.h eventfiles.cpp
+        eventpacks.cpp eventpersonas.cpp eventquestions.cpp eventruns.cpp eventsteps.cpp eventsteps.h eventviews.cpp
+        eventviews.h eventwindow.cpp runwatch.cpp runwatch.h
     CLASSES
         tst_about
+        tst_events
         tst_icons
         tst_mainwindow
         tst_menus

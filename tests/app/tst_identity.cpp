@@ -1,3 +1,4 @@
+#include "tests/support/patience.h"
 #include "tests/support/testcase.h"
 
 #include <QDir>
@@ -37,7 +38,7 @@ public:
     {
         QSignalSpy output(&process, &QProcess::readyReadStandardOutput);
         while (!process.canReadLine() && process.state() != QProcess::NotRunning) {
-            if (!output.wait(60000))
+            if (!output.wait(patience))
                 break;
         }
         return QJsonDocument::fromJson(process.readLine()).object();
@@ -49,7 +50,7 @@ public:
     int exitCode()
     {
         QSignalSpy end(&process, &QProcess::finished);
-        if (process.state() != QProcess::NotRunning && !end.wait(60000))
+        if (process.state() != QProcess::NotRunning && !end.wait(patience))
             return -1;
         return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     }

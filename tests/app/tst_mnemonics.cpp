@@ -1,3 +1,4 @@
+#include "tests/support/patience.h"
 #include "tests/support/stage.h"
 #include "tests/support/testcase.h"
 
@@ -29,7 +30,7 @@ private Q_SLOTS:
         QFETCH(QStringList, menus);
         Stage stage;
         stage.window()->show();
-        QVERIFY(QTest::qWaitForWindowActive(stage.window()));
+        QVERIFY(QTest::qWaitForWindowActive(stage.window(), patience));
         QVERIFY(QApplication::activePopupWidget() == nullptr);
         QStringList opened;
         for (qsizetype turn = 0; turn < menus.size(); ++turn) {

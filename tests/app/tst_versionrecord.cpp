@@ -15,7 +15,7 @@ static QByteArray printedByCompiler(const QStringList &arguments)
     QProcess compiler;
     compiler.setWorkingDirectory(QStringLiteral(ORRINET_SOURCE_FOLDER "/app/windows"));
     compiler.start(QStringLiteral(ORRINET_WINDRES), arguments);
-    if (!compiler.waitForFinished() || compiler.exitCode() != 0) {
+    if (!compiler.waitForFinished(-1) || compiler.exitCode() != 0) {
         const QByteArray reason = compiler.readAllStandardError();
         QTest::qFail(reason.isEmpty() ? qPrintable(compiler.errorString()) : reason.constData(), __FILE__, __LINE__);
     }

@@ -1,6 +1,6 @@
 # Only where there are benchmarks; on Linux what they are made with can be had everywhere.
 if(TARGET orrinet-bench OR CMAKE_SYSTEM_NAME STREQUAL "Linux")
-    orrinet_tests(bench CLASSES tst_benchtables)
+    orrinet_tests(bench CLASSES tst_benchtables tst_soak)
     if(TARGET orrinet-bench)
         add_dependencies(tests-bench orrinet-bench)
         target_compile_definitions(tests-bench PRIVATE ORRINET_BENCH_PROGRAM="$<TARGET_FILE:orrinet-bench>")

@@ -42,7 +42,7 @@ private Q_SLOTS:
         const ProgramRun smoke = bench({u"--smoke"_s});
         QVERIFY2(smoke.status == 0, qPrintable(smoke.errors.join(u'\n')));
         output = smoke.output;
-        QCOMPARE(output.count("\n### "_L1), 8);
+        QCOMPARE(output.count("\n### "_L1), 10);
     }
 
     void table_comes_out_with_its_rows_and_all_their_figures_data()
@@ -73,8 +73,15 @@ private Q_SLOTS:
                            u"|---|---:|---:|---:|---:|---:|---:|---:|---:|---:|"_s,
                            u"| after 1 | ms | ms | ratio | ms | ms | KB | KB | KB | ratio |"_s};
         QTest::addRow("One answer over TLS, the endpoint's own time taken off")
-            << QStringList{u"|  | whole cycle | without the grid | refreshes patched |"_s, u"|---|---:|---:|---:|"_s,
-                           u"| 15x9, answer 1 | ms | ms | ratio |"_s};
+            << QStringList{u"|  | whole cycle | without the grid | refreshes patched | without the grid, bridged "
+                           "| bridged : alone |"_s,
+                           u"|---|---:|---:|---:|---:|---:|"_s, u"| 15x9, answer 1 | ms | ms | ratio | ms | ratio |"_s};
+        QTest::addRow("Runs without a window, the endpoint's delay apart")
+            << QStringList{u"|  | run | answers per second | of N times one job |"_s, u"|---|---:|---:|---:|"_s,
+                           u"| 1 job | s | ratio | ratio |"_s, u"| 4 jobs | s | ratio | ratio |"_s};
+        QTest::addRow("One answer of a run without a window")
+            << QStringList{u"|  | processor time | window's cycle | run : window | memory |"_s,
+                           u"|---|---:|---:|---:|---:|"_s, u"| 15x9 | ms | ms | ratio | KB |"_s};
         // What a run has no figure for stays blank.
         QTest::addRow("Runs without a network") << QStringList{
             u"|  | run | per pair | of it the refresh at the end | literal |"_s, u"|---|---:|---:|---:|---:|"_s,

@@ -124,11 +124,14 @@ private Q_SLOTS:
         const DemoFolder folder;
         for (const auto name : {"results.png"_L1, "log.png"_L1, "log.txt"_L1})
             QVERIFY(QDir(folder.path(u"output"_s)).mkpath(name));
+        // The system's own word for it, in the user's language.
+        QFile written(folder.path(u"output/log.txt"_s));
+        QVERIFY(!written.open(QIODevice::WriteOnly));
         const ProgramRun run = folder.run(u"output"_s);
         QCOMPARE(run.status, 1);
         QCOMPARE(folder.complaints(run), (QStringList{u"output/results.png: the picture cannot be written"_s,
                                                       u"output/log.png: the picture cannot be written"_s,
-                                                      u"output/log.txt: Is a directory"_s}));
+                                                      u"output/log.txt: "_s + written.errorString()}));
     }
 
     void second_look_at_nothing_is_refused()

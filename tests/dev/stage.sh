@@ -57,6 +57,18 @@ benchmarks() {
     mv "$bin/orrinet-bench" "$tree/build/release/bench"
 }
 
+# The fuzzers of these targets.
+fuzzers() {
+    local target
+    standIn dpkg-query 'echo installed'
+    for target; do standInFuzzer "$target" 'echo "stat::number_of_executed_units: 12345"'; done
+}
+standInFuzzer() {
+    mkdir -p "$tree/build/fuzz/fuzz"
+    standIn "fuzz-$1" "$2"
+    mv "$bin/fuzz-$1" "$tree/build/fuzz/fuzz"
+}
+
 # The roots that a later call would take for whole.
 roots() { find "$XDG_CACHE_HOME/orrinet" -mindepth 1 -maxdepth 1 ! -name '*.half' ! -name '*.lock' -printf '%f\n'; }
 

@@ -1,5 +1,4 @@
 orrinet_tests(inspect
-    SOURCES gridtwin.cpp gridtwin.h
     CLASSES
         tst_chatlogappend
         tst_chatlogwindow

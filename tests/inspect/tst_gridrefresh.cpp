@@ -1,5 +1,6 @@
 #include "tests/inspect/samplesurvey.h"
 #include "tests/support/messagelog.h"
+#include "tests/support/patience.h"
 #include "tests/support/testcase.h"
 
 #include <QLineEdit>
@@ -67,7 +68,7 @@ private Q_SLOTS:
         QTest::keyClicks(editor, u"mine"_s);
         QSignalSpy changed(table, &QTableWidget::itemChanged);
         QTest::keyClick(editor, Qt::Key_Return);
-        QVERIFY(!changed.isEmpty() || changed.wait());
+        QVERIFY(!changed.isEmpty() || changed.wait(patience));
         QCOMPARE(table->item(1, 1)->text(), u"mine"_s);
         QCOMPARE(stage.rows(u"SELECT * FROM responses"_s), stored);
         QVERIFY(!stage.asksBeforeClosing());
@@ -106,6 +107,33 @@ private Q_SLOTS:
         refreshedGrid(stage);
         QCOMPARE(titles(table), QStringList{u"Persona"_s});
         QCOMPARE(table->rowCount(), 0);
+    }
+
+    void an_answer_numbered_below_the_others_is_shown()
+    {
+        Stage stage;
+        QVERIFY(enterSurvey(stage));
+        refreshedGrid(stage);
+        // As another program may number it; the newest answers are looked for above the last.
+        QVERIFY(stage.exec(u"INSERT INTO responses (id, persona_uuid, question_id, text_answer, created_at) "
+                           "VALUES (-1, 'a', 2, 'a2', '2001-02-03 04:05:06')"_s));
+        QList<QStringList> expected = surveyCells();
+        expected[0][3] = u"a2"_s;
+        QCOMPARE(cells(refreshedGrid(stage)), expected);
+    }
+
+    void an_answer_that_is_taken_back_leaves_the_grid()
+    {
+        Stage stage;
+        QVERIFY(enterSurvey(stage));
+        refreshedGrid(stage);
+        QVERIFY(stage.exec(u"BEGIN"_s));
+        QVERIFY(enter(stage, AnswerEntered{.persona = u"a"_s, .question = 2, .text = u"a2"_s}));
+        QList<QStringList> expected = surveyCells();
+        expected[0][3] = u"a2"_s;
+        QCOMPARE(cells(refreshedGrid(stage)), expected);
+        QVERIFY(stage.exec(u"ROLLBACK"_s));
+        QCOMPARE(cells(refreshedGrid(stage)), surveyCells());
     }
 
     void a_closed_project_leaves_the_grid_as_it_is()

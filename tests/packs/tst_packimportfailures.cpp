@@ -154,6 +154,22 @@ private Q_SLOTS:
         QVERIFY(stage.asksBeforeClosing());
     }
 
+    void without_a_table_of_personas_nobody_is_asked_and_tags_arrive()
+    {
+        Stage stage;
+        QVERIFY(stage.exec(u"DROP TABLE personas"_s));
+        const QuietRefresh quiet(stage);
+        {
+            const MessageLog log;
+            QVERIFY(importUnasked(stage, writeThree(stage)));
+            // One for each persona, and the refresh's own.
+            QCOMPARE(log.warnings().size(), 4);
+            QCOMPARE(log.warnings().constLast(), u"no such table: personas Unable to execute statement"_s);
+        }
+        QCOMPARE(knownTags(stage), QStringList({u"rural"_s, u"urban"_s}));
+        QVERIFY(stage.asksBeforeClosing());
+    }
+
     void a_persona_that_can_not_be_looked_up_is_entered()
     {
         Stage stage;

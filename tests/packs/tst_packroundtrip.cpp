@@ -71,7 +71,7 @@ static QStringList dumpPack(const QString &path)
 {
     QProcess sqlite;
     sqlite.start(u"sqlite3"_s, {u"-readonly"_s, path, u".dump"_s});
-    if (!sqlite.waitForFinished() || sqlite.exitCode() != 0)
+    if (!sqlite.waitForFinished(-1) || sqlite.exitCode() != 0)
         QTest::qFail(qUtf8Printable(sqlite.errorString()), __FILE__, __LINE__);
     // A statement ends where the next one begins, since texts hold line ends.
     QStringList statements = QString::fromUtf8(sqlite.readAllStandardOutput())

@@ -1,6 +1,7 @@
 // The persona dialog: its form, which persona it opens, and what it stores.
 
 #include "tests/personas/personaform.h"
+#include "tests/support/patience.h"
 #include "tests/support/testcase.h"
 
 #include <QSignalSpy>
@@ -132,7 +133,7 @@ private Q_SLOTS:
         Stage stage;
         QVERIFY(showTagged(stage));
         stage.window()->show();
-        QVERIFY(QTest::qWaitForWindowExposed(stage.window()));
+        QVERIFY(QTest::qWaitForWindowExposed(stage.window(), patience));
         const auto *narrative = qobject_cast<QPlainTextEdit *>(personaTable(stage)->cellWidget(0, 3));
         QVERIFY(narrative != nullptr && narrative->isReadOnly());
         const QSignalSpy clicked(personaTable(stage), &QTableWidget::cellDoubleClicked);

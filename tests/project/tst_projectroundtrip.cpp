@@ -78,7 +78,7 @@ QString askProgram(const QString &path, const QString &query)
 {
     QProcess program;
     program.start(u"sqlite3"_s, {u"-batch"_s, u"-readonly"_s, path, query});
-    if (!program.waitForFinished() || program.exitCode() != 0)
+    if (!program.waitForFinished(-1) || program.exitCode() != 0)
         QTest::qFail(qUtf8Printable(program.errorString() + QString::fromUtf8(program.readAllStandardError())),
                      __FILE__, __LINE__);
     return QString::fromUtf8(program.readAllStandardOutput()).trimmed();

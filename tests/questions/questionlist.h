@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/entries.h"
+#include "tests/support/patience.h"
 #include "tests/support/shown.h"
 
 #include <QComboBox>
@@ -47,7 +48,7 @@ inline bool showQuestions(Stage &stage)
     stage.window()->show();
     stage.window()->activateWindow();
     questionView(stage)->setFocus();
-    return QTest::qWaitForWindowActive(stage.window());
+    return QTest::qWaitForWindowActive(stage.window(), patience);
 }
 
 /// What the chooser of the conversation box offers: the numbers and the identities behind them.

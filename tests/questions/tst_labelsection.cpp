@@ -2,6 +2,7 @@
 // accepted.
 
 #include "tests/questions/questionform.h"
+#include "tests/support/patience.h"
 #include "tests/support/testcase.h"
 
 #include <QBoxLayout>
@@ -23,7 +24,7 @@ static bool editLabelInPlace(const QuestionForm &form, int row, const QString &t
     QTest::keyClicks(editor, text);
     QSignalSpy changed(form.list, &QListWidget::itemChanged);
     QTest::keyClick(editor, Qt::Key_Return);
-    return !changed.isEmpty() || changed.wait();
+    return !changed.isEmpty() || changed.wait(patience);
 }
 
 /// Works in the dialog of a question with these labels.

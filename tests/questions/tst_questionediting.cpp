@@ -1,6 +1,7 @@
 // Editing in place: a cell that is left is written to the table at once, and nothing else happens.
 
 #include "tests/questions/questionlist.h"
+#include "tests/support/patience.h"
 #include "tests/support/testcase.h"
 
 #include <QAbstractItemDelegate>
@@ -24,7 +25,7 @@ static bool leaveCellEditor(Stage &stage, QLineEdit *editor, Qt::Key key)
 {
     QSignalSpy closed(questionView(stage)->itemDelegate(), &QAbstractItemDelegate::closeEditor);
     QTest::keyClick(editor, key);
-    return !closed.isEmpty() || closed.wait();
+    return !closed.isEmpty() || closed.wait(patience);
 }
 
 static Rows allColumns(Stage &stage)

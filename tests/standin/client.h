@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/patience.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkAccessManager>
@@ -24,7 +26,7 @@ public:
     QNetworkReply *posted(const QByteArray &body = "{}")
     {
         QNetworkReply *reply = post(body);
-        if (!QSignalSpy(reply, &QNetworkReply::finished).wait())
+        if (!QSignalSpy(reply, &QNetworkReply::finished).wait(patience))
             QTest::qFail("no answer came", __FILE__, __LINE__);
         return reply;
     }

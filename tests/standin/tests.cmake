@@ -1,5 +1,7 @@
 orrinet_tests(standin
     CLASSES
         tst_chatendpoint
+        tst_privatehome
         tst_reply
-        tst_respondent)
+        tst_respondent
+        tst_strictness)

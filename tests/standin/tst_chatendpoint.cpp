@@ -1,6 +1,7 @@
 #include "standin/chatendpoint.h"
 #include "standin/detour.h"
 #include "tests/standin/client.h"
+#include "tests/support/patience.h"
 #include "tests/support/testcase.h"
 
 #include <QSslSocket>
@@ -31,7 +32,7 @@ void openTunnel(QSslSocket &socket, const ChatEndpoint &endpoint)
     socket.setProxy(QNetworkProxy::NoProxy);
     socket.connectToHost(u"127.0.0.1"_s, endpoint.port());
     socket.write("CONNECT api.openai.com:443 HTTP/1.1\r\n\r\n");
-    QVERIFY(QSignalSpy(&socket, &QSslSocket::readyRead).wait());
+    QVERIFY(QSignalSpy(&socket, &QSslSocket::readyRead).wait(patience));
     QVERIFY(socket.readAll().startsWith("HTTP/1.1 200 "));
 }
 
@@ -39,7 +40,7 @@ bool encrypts(QSslSocket &socket)
 {
     socket.setPeerVerifyName(u"api.openai.com"_s);
     socket.startClientEncryption();
-    return QSignalSpy(&socket, &QSslSocket::encrypted).wait();
+    return QSignalSpy(&socket, &QSslSocket::encrypted).wait(patience);
 }
 
 } // namespace
@@ -143,7 +144,7 @@ private Q_SLOTS:
             for (const QSslError &error : reported)
                 met << error.error();
         });
-        QVERIFY(QSignalSpy(reply, &QNetworkReply::finished).wait());
+        QVERIFY(QSignalSpy(reply, &QNetworkReply::finished).wait(patience));
         QCOMPARE(met, errors);
         QCOMPARE(reply->error(), errors.isEmpty() ? QNetworkReply::NoError : QNetworkReply::SslHandshakeFailedError);
         QCOMPARE(endpoint->requests().size(), errors.isEmpty() ? 1 : 0);
@@ -180,13 +181,13 @@ private Q_SLOTS:
         openTunnel(socket, *endpoint);
         QVERIFY(encrypts(socket));
         socket.write("POST /a HTTP/1.1\r\nContent-Length: 3\r\n\r\none");
-        QVERIFY(QSignalSpy(endpoint.get(), &ChatEndpoint::requestArrived).wait());
+        QVERIFY(QSignalSpy(endpoint.get(), &ChatEndpoint::requestArrived).wait(patience));
         socket.write("POST /b HTTP/1.1\r\nContent-Length: 3\r\n\r\ntwo");
         Client().posted();
         QCOMPARE(endpoint->inFlight(), 1);
 
         endpoint->release();
-        QVERIFY(QSignalSpy(&socket, &QSslSocket::disconnected).wait());
+        QVERIFY(QSignalSpy(&socket, &QSslSocket::disconnected).wait(patience));
         QCOMPARE(socket.readAll().count("HTTP/1.1 200 OK"), 2);
         QCOMPARE(endpoint->requests().constFirst().body, "one"_ba);
         QCOMPARE(endpoint->requests().constLast().body, "two"_ba);
@@ -205,7 +206,7 @@ private Q_SLOTS:
         const QObject scope;
         connect(endpoint.get(), &ChatEndpoint::replied, &scope, [&] { atClient = socket.bytesAvailable(); });
         socket.write("POST / HTTP/1.1\r\n\r\n");
-        QVERIFY(QSignalSpy(&socket, &QSslSocket::disconnected).wait());
+        QVERIFY(QSignalSpy(&socket, &QSslSocket::disconnected).wait(patience));
         QCOMPARE_GT(atClient, 0);
         QCOMPARE_GT(socket.bytesAvailable(), 24'000'000);
     }
@@ -228,23 +229,34 @@ private Q_SLOTS:
         Client second;
         QNetworkReply *firstReply = first.post();
         QSignalSpy firstFinished(firstReply, &QNetworkReply::finished);
-        QVERIFY(parallel ? QSignalSpy(endpoint.get(), &ChatEndpoint::requestArrived).wait() : firstFinished.wait());
+        QVERIFY(parallel ? QSignalSpy(endpoint.get(), &ChatEndpoint::requestArrived).wait(patience)
+                         : firstFinished.wait(patience));
         second.posted();
         endpoint->release();
-        QVERIFY(!firstFinished.isEmpty() || firstFinished.wait());
+        QVERIFY(!firstFinished.isEmpty() || firstFinished.wait(patience));
         Client().posted();
         QCOMPARE(endpoint->mostInFlight(), most);
         QCOMPARE(endpoint->inFlight(), 0);
     }
 
+    void anything_but_a_tunnel_is_refused_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QByteArray>("answer");
+        QTest::newRow("another method") << "GET http://api.openai.com/ HTTP/1.1"_ba << "HTTP/1.1 405 "_ba;
+        QTest::newRow("half a line") << "CONNECT api.openai.com:443"_ba << "HTTP/1.1 400 "_ba;
+    }
+
     void anything_but_a_tunnel_is_refused()
     {
+        QFETCH(const QByteArray, line);
         QTcpSocket socket;
         socket.setProxy(QNetworkProxy::NoProxy);
         socket.connectToHost(u"127.0.0.1"_s, endpoint->port());
-        socket.write("GET http://api.openai.com/ HTTP/1.1\r\nHost: api.openai.com\r\n\r\n");
-        QVERIFY(QSignalSpy(&socket, &QTcpSocket::disconnected).wait());
-        QVERIFY(socket.readAll().startsWith("HTTP/1.1 405 "));
+        socket.write(line + "\r\nHost: api.openai.com\r\n\r\n");
+        QVERIFY(QSignalSpy(&socket, &QTcpSocket::disconnected).wait(patience));
+        QFETCH(const QByteArray, answer);
+        QVERIFY(socket.readAll().startsWith(answer));
         QVERIFY(endpoint->requests().isEmpty());
     }
 
@@ -319,10 +331,10 @@ private Q_SLOTS:
         endpoint->queue(Reply().held());
         Client client;
         QNetworkReply *reply = client.post();
-        QVERIFY(QSignalSpy(endpoint.get(), &ChatEndpoint::requestArrived).wait());
+        QVERIFY(QSignalSpy(endpoint.get(), &ChatEndpoint::requestArrived).wait(patience));
         QSignalSpy finished(reply, &QNetworkReply::finished);
         endpoint.reset();
-        QVERIFY(finished.wait());
+        QVERIFY(finished.wait(patience));
         QVERIFY(reply->error() != QNetworkReply::NoError);
     }
 

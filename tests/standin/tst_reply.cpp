@@ -1,6 +1,7 @@
 #include "standin/chatendpoint.h"
 #include "standin/detour.h"
 #include "tests/standin/client.h"
+#include "tests/support/patience.h"
 #include "tests/support/testcase.h"
 
 #include <QTest>
@@ -97,6 +98,16 @@ private Q_SLOTS:
         QCOMPARE(endpoint->inFlight(), 0);
     }
 
+    void a_reply_closes_its_connection_unless_it_stalls_or_is_kept_alive()
+    {
+        for (const auto end : {Reply::End::Silent, Reply::End::Incomplete})
+            QVERIFY(!Reply().ending(end).closes());
+        for (const auto end : {Reply::End::Whole, Reply::End::Truncated, Reply::End::Raw})
+            QVERIFY(Reply().ending(end).closes());
+        QVERIFY(!Reply().keptAlive().closes());
+        QVERIFY(Reply().keptAlive().ending(Reply::End::Truncated).closes());
+    }
+
     void a_drop_without_a_byte_is_tried_again()
     {
         endpoint->queue(Reply().ending(Reply::End::DroppedBeforeHead));
@@ -113,7 +124,7 @@ private Q_SLOTS:
         endpoint->queue(Reply().ending(Reply::End::Silent));
         Client silenced;
         QNetworkReply *waiting = silenced.post();
-        QVERIFY(QSignalSpy(endpoint.get(), &ChatEndpoint::requestArrived).wait());
+        QVERIFY(QSignalSpy(endpoint.get(), &ChatEndpoint::requestArrived).wait(patience));
         Client().posted();
         QVERIFY(!waiting->isFinished());
         QCOMPARE(endpoint->inFlight(), 1);
@@ -121,7 +132,7 @@ private Q_SLOTS:
         QSignalSpy closed(endpoint.get(), &ChatEndpoint::connectionClosed);
         waiting->abort();
         while (!closed.contains(QVariantList{1}))
-            QVERIFY(closed.wait());
+            QVERIFY(closed.wait(patience));
         QCOMPARE(endpoint->inFlight(), 0);
     }
 
@@ -130,7 +141,7 @@ private Q_SLOTS:
         endpoint->queue(Reply::json("1234567890"_ba).ending(Reply::End::Incomplete));
         Client client;
         QNetworkReply *reply = client.post();
-        QVERIFY(QSignalSpy(reply, &QNetworkReply::readyRead).wait());
+        QVERIFY(QSignalSpy(reply, &QNetworkReply::readyRead).wait(patience));
         Client().posted();
         QCOMPARE(reply->readAll(), "12345"_ba);
         QVERIFY(!reply->isFinished());
@@ -144,10 +155,10 @@ private Q_SLOTS:
         QSignalSpy replied(endpoint.get(), &ChatEndpoint::replied);
         Client client;
         QNetworkReply *reply = client.post();
-        QVERIFY(QSignalSpy(reply, &QNetworkReply::readyRead).wait());
+        QVERIFY(QSignalSpy(reply, &QNetworkReply::readyRead).wait(patience));
         QVERIFY(replied.isEmpty());
         QCOMPARE_LT(reply->bytesAvailable(), body.size());
-        QVERIFY(QSignalSpy(reply, &QNetworkReply::finished).wait());
+        QVERIFY(QSignalSpy(reply, &QNetworkReply::finished).wait(patience));
         QCOMPARE(reply->readAll(), body);
     }
 
@@ -173,12 +184,12 @@ private Q_SLOTS:
         endpoint->queue(Reply::content(u"held"_s).held());
         Client client;
         QNetworkReply *reply = client.post();
-        QVERIFY(QSignalSpy(endpoint.get(), &ChatEndpoint::requestArrived).wait());
+        QVERIFY(QSignalSpy(endpoint.get(), &ChatEndpoint::requestArrived).wait(patience));
         Client().posted();
         QVERIFY(!reply->isFinished());
 
         endpoint->release();
-        QVERIFY(QSignalSpy(reply, &QNetworkReply::finished).wait());
+        QVERIFY(QSignalSpy(reply, &QNetworkReply::finished).wait(patience));
         QCOMPARE(contentOf(reply->readAll()), u"held"_s);
     }
 
@@ -200,9 +211,9 @@ private Q_SLOTS:
         {
             Client client;
             client.post();
-            QVERIFY(QSignalSpy(endpoint.get(), &ChatEndpoint::requestArrived).wait());
+            QVERIFY(QSignalSpy(endpoint.get(), &ChatEndpoint::requestArrived).wait(patience));
         }
-        QVERIFY(closed.wait());
+        QVERIFY(closed.wait(patience));
         Client().posted();
         endpoint->release();
         QCOMPARE(Client().posted()->error(), QNetworkReply::NoError);
@@ -217,7 +228,7 @@ private Q_SLOTS:
         endpoint->queue(Reply::json(large));
         Client client;
         QNetworkReply *reply = client.post(large);
-        QVERIFY(QSignalSpy(reply, &QNetworkReply::finished).wait());
+        QVERIFY(QSignalSpy(reply, &QNetworkReply::finished).wait(patience));
         QVERIFY(reply->readAll() == large);
         QVERIFY(endpoint->requests().constFirst().body == large);
     }

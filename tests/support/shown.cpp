@@ -1,5 +1,7 @@
 #include "tests/support/shown.h"
 
+#include "tests/support/patience.h"
+
 #include <QAbstractItemView>
 #include <QComboBox>
 #include <QGroupBox>
@@ -169,7 +171,7 @@ QTableWidget *refreshedGrid(Stage &stage)
 void doubleClick(QAbstractItemView *view, const QModelIndex &index)
 {
     view->window()->show();
-    QVERIFY(QTest::qWaitForWindowExposed(view->window()));
+    QVERIFY(QTest::qWaitForWindowExposed(view->window(), patience));
     view->scrollTo(index);
     const QPoint position = view->visualRect(index).center();
     QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, position);

@@ -1,6 +1,7 @@
 #include "tests/support/surveystage.h"
 
 #include "inspect/chatlogwindow.h"
+#include "tests/support/patience.h"
 
 #include <QAction>
 #include <QEventLoop>
@@ -53,7 +54,6 @@ void SurveyStage::fillTwoByTwo()
 /// False where nothing happens for so long that nothing more is to be expected.
 bool SurveyStage::waitUntil(const std::function<bool()> &reached)
 {
-    static constexpr int patience = 20'000;
     QEventLoop loop;
     QTimer deadline;
     deadline.setSingleShot(true);

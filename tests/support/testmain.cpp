@@ -1,6 +1,7 @@
 // The one test program: runs the test class that its first argument names.
 
 #include "standin/privatehome.h"
+#include "tests/support/surroundings.h"
 #include "tests/support/testcase.h"
 
 #include <QApplication>
@@ -66,8 +67,12 @@ int main(int argc, char *argv[])
     argv[1] = argv[0];
     --argc;
     ++argv;
+    if (!takeClock())
+        return 2;
     QApplication application(argc, argv);
     application.setAttribute(Qt::AA_Use96Dpi, true);
+    if (!takeLook())
+        return 2;
     QTEST_SET_MAIN_SOURCE_PATH
     const std::unique_ptr<QObject> test = make();
     return QTest::qExec(test.get(), argc, argv);

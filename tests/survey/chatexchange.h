@@ -1,6 +1,7 @@
 #pragma once
 
 #include "survey/chatrequester.h"
+#include "tests/support/patience.h"
 
 #include <QPointer>
 #include <QSignalSpy>
@@ -32,7 +33,7 @@ public:
     }
 
     /// Waits for the requester to delete itself.
-    bool ended() const { return requester.isNull() || QSignalSpy(requester, &QObject::destroyed).wait(); }
+    bool ended() const { return requester.isNull() || QSignalSpy(requester, &QObject::destroyed).wait(patience); }
 
     const QStringList &events() const { return noted; }
     /// The events after requestSent.

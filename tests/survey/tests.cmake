@@ -6,6 +6,7 @@ orrinet_tests(survey
         tst_chatfailures
         tst_chatreplies
         tst_chatrequester
+        tst_keytravels
         tst_longruns
         tst_midrun
         tst_quitinrun

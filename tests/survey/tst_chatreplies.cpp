@@ -1,3 +1,4 @@
+#include "tests/support/patience.h"
 #include "tests/support/surveystage.h"
 #include "tests/support/testcase.h"
 #include "tests/survey/chatexchange.h"
@@ -161,7 +162,7 @@ private Q_SLOTS:
             ChatExchange exchange(&parent);
             exchange.sendAnything();
             QVERIFY(exchange.ended());
-            QVERIFY(closed.size() == count || closed.wait());
+            QVERIFY(closed.size() == count || closed.wait(patience));
             QCOMPARE(stage.endpoint.connections(), count);
         }
     }
@@ -178,7 +179,7 @@ private Q_SLOTS:
 
         QSignalSpy closed(&stage.endpoint, &ChatEndpoint::connectionClosed);
         parent.reset();
-        QVERIFY(closed.wait());
+        QVERIFY(closed.wait(patience));
         QCOMPARE(stage.endpoint.inFlight(), 0);
         QVERIFY(exchange.outcome().isEmpty());
     }

@@ -1,5 +1,6 @@
 #include "tests/support/messagelog.h"
 #include "tests/support/modal.h"
+#include "tests/support/patience.h"
 #include "tests/support/surveystage.h"
 #include "tests/support/testcase.h"
 
@@ -69,7 +70,7 @@ private Q_SLOTS:
         QCOMPARE(stage.endpoint.inFlight(), 1);
         stage.closeWindow();
         while (stage.endpoint.inFlight() > 0)
-            QVERIFY(closed.wait());
+            QVERIFY(closed.wait(patience));
         QCOMPARE(stage.endpoint.requests().size(), 2);
         QCOMPARE(messages.warnings(), QStringList());
     }

@@ -3,6 +3,7 @@
 #include "inspect/chatlogwindow.h"
 #include "survey/surveyrunner.h"
 #include "tests/support/entries.h"
+#include "tests/support/patience.h"
 #include "tests/support/shown.h"
 #include "tests/support/surveystage.h"
 #include "tests/support/testcase.h"
@@ -233,7 +234,7 @@ private Q_SLOTS:
         connect(&runner, &SurveyRunner::finished, this, [&] { answeredAtTheEnd.append(stage.answered()); });
         runner.start();
         QCOMPARE(answeredAtTheEnd.size(), testMode ? 1 : 0);
-        QVERIFY(testMode || (stage.arrived(4) && finished.wait()));
+        QVERIFY(testMode || (stage.arrived(4) && finished.wait(patience)));
         QCOMPARE(answeredAtTheEnd, QList<QStringList>{stage.twoByTwo});
         QVERIFY(logWindow(stage) == nullptr);
         QCOMPARE(cells(resultsTable(stage)).constFirst(),

@@ -1,4 +1,4 @@
-#include "tests/inspect/gridtwin.h"
+#include "tests/support/gridtwin.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -143,7 +143,7 @@ static QString differenceOf(const QHeaderView *left, const QHeaderView *right)
     return {};
 }
 
-static QString differentItem(const QTableWidget *left, const QTableWidget *right)
+QString differentItem(const QTableWidget *left, const QTableWidget *right)
 {
     for (int row = -1; row < left->rowCount(); ++row) {
         for (int column = -1; column < left->columnCount(); ++column) {

@@ -21,5 +21,8 @@ private:
     QTableWidget *grid;
 };
 
+/// The first item, title or cell, that two grids don't have alike; empty if there is none. Both are of one size.
+QString differentItem(const QTableWidget *left, const QTableWidget *right);
+
 /// How two grids differ in what can be seen of them and read from them; empty if they don't.
 QString differenceOf(QTableWidget *left, QTableWidget *right, bool withPicture);

@@ -1,0 +1,4 @@
+orrinet_tests(loopback
+    CLASSES
+        tst_gate
+        tst_requestparser)
