@@ -216,17 +216,19 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(u"r.jsonl"_s);
-        BridgeHere here;
+        BridgeHere here({}, quickly(), 2);
         QVERIFY(here.bridge.record().open(path));
         here.endpoint.queue(Reply::json("paid").held());
         Client client;
         QNetworkReply *reply = client.post();
         QVERIFY(QSignalSpy(&here.endpoint, &standin::ChatEndpoint::requestArrived).wait());
         reply->abort();
+        // By the time of another's answer the bridge knows that nobody is there.
+        Client().posted();
         QSignalSpy ended(&here.bridge, &bridge::Bridge::exchangeEnded);
         here.endpoint.release();
         QVERIFY(ended.wait());
-        QCOMPARE(recordedIn(path).constFirst().reply, "paid"_ba);
+        QCOMPARE(recordedIn(path).constLast().reply, "paid"_ba);
     }
 
     void a_budget_of_requests_counts_each_attempt()
