@@ -22,7 +22,16 @@ namespace {
 class SystemProxy : public QNetworkProxyFactory
 {
 public:
-    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery &query) override { return systemProxyForQuery(query); }
+    /// Asked once: there is one host to go to, and each asking costs the system's library some memory for good.
+    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery &query) override
+    {
+        if (known.isEmpty())
+            known = systemProxyForQuery(query);
+        return known;
+    }
+
+private:
+    QList<QNetworkProxy> known;
 };
 
 bool isThisMachine(const QString &host)

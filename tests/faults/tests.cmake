@@ -1,8 +1,8 @@
 # What is taken away here, and how a process is killed, is done by means of Linux.
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
-    # The sanitizers take more address space than a limit to it can leave them.
+    # The sanitizers take more address space than a limit to it can leave them, and descriptors to look at an object.
     if(NOT ORRINET_SANITIZE)
-        set(shortOfMemory tst_hugereply)
+        set(shortOfAll tst_descriptors tst_hugereply)
     endif()
     orrinet_tests(faults
         SOURCES
@@ -21,9 +21,8 @@ if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
             systemcalls.cpp
             systemcalls.h
         CLASSES
-            tst_descriptors
+            ${shortOfAll}
             tst_fulldisk
-            ${shortOfMemory}
             tst_killed
             tst_nosettings
             tst_readonly)
