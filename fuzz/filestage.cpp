@@ -222,7 +222,8 @@ void FileStage::checkFolder()
         promise(name == "earlier"_L1 || name.startsWith("hostile"_L1), "no file is made", name);
     promise(bytesOf(earlierPath()) == earlierBytes, "no other file is changed");
     // What a log holds is put into its file by whoever opens it last.
-    const bool isLogged = hostile.content.size() > 18 && hostile.content.at(18) == '\2';
+    // (Its read version says whether there is one.)
+    const bool isLogged = hostile.content.size() > 19 && hostile.content.at(19) == '\2';
     promise(isLogged || bytesOf(hostilePath()) == hostile.content, "the file is not changed");
 }
 
