@@ -1,13 +1,12 @@
 #include "bridge/answerfile.h"
 
-#include "project/schemascript.h"
+#include "project/projectformat.h"
+#include "project/temporaryconnection.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QSqlError>
 #include <QSqlQuery>
-
-#include <utility>
 
 #ifdef Q_OS_UNIX
 #include <fcntl.h>
@@ -19,67 +18,6 @@ using namespace Qt::StringLiterals;
 namespace bridge {
 
 namespace {
-
-/// A connection of a name of its own, which is gone with this object.
-class OwnConnection
-{
-public:
-    OwnConnection(const QString &path, const QString &options)
-        : name(u"answers-%1"_s.arg(count++))
-        , handle(QSqlDatabase::addDatabase(u"QSQLITE"_s, name))
-    {
-        handle.setDatabaseName(path);
-        handle.setConnectOptions(options);
-        handle.open();
-    }
-    ~OwnConnection()
-    {
-        handle = QSqlDatabase();
-        QSqlDatabase::removeDatabase(name);
-    }
-    Q_DISABLE_COPY_MOVE(OwnConnection)
-
-    const QSqlDatabase &database() const { return handle; }
-
-private:
-    static inline int count = 0;
-    QString name;
-    QSqlDatabase handle;
-};
-
-QStringList columnsOf(const QSqlDatabase &database, const QString &table)
-{
-    QSqlQuery query(database);
-    query.prepare(u"SELECT name FROM pragma_table_info(?)"_s);
-    query.addBindValue(table);
-    query.exec();
-    QStringList names;
-    while (query.next())
-        names << query.value(0).toString();
-    return names;
-}
-
-/// Why a file is not what the program saves, empty where it is.
-QString flawOf(const QSqlDatabase &file)
-{
-    QSqlQuery query(file);
-    // What a project holds is data: nothing in it is to act when an answer is stored.
-    if (!query.exec(u"SELECT type, name FROM sqlite_schema WHERE type NOT IN ('table', 'index')"_s))
-        return query.lastError().databaseText();
-    if (query.next())
-        return u"it holds a %1, \"%2\", which the program never makes"_s.arg(query.value(0).toString(),
-                                                                             query.value(1).toString());
-    const OwnConnection model(u":memory:"_s, {});
-    runSchemaScript(model.database());
-    for (const QString &table : {u"personas"_s, u"questions"_s, u"responses"_s, u"boilerplate"_s}) {
-        const QStringList columns = columnsOf(file, table);
-        if (columns.isEmpty())
-            return u"it has no table \"%1\""_s.arg(table);
-        if (columns != columnsOf(model.database(), table))
-            return u"its table \"%1\" has other columns"_s.arg(table);
-    }
-    return {};
-}
 
 QString quoted(QString text)
 {
@@ -123,10 +61,11 @@ QString AnswerFile::copy(const QString &from, const QString &to)
     if (QFileInfo::exists(half) || QFileInfo(half).isSymLink())
         return u"%1 is there, left by a copy that was cut short; remove it first"_s.arg(half);
     {
-        const OwnConnection source(QFileInfo(from).absoluteFilePath(), u"QSQLITE_OPEN_READONLY"_s);
-        if (!source.database().isOpen())
-            return u"%1 can't be read: %2"_s.arg(from, source.database().lastError().text());
-        if (const QString flaw = flawOf(source.database()); !flaw.isEmpty())
+        const TemporaryConnection source(u"answers-source"_s, QFileInfo(from).absoluteFilePath(),
+                                         u"QSQLITE_OPEN_READONLY"_s);
+        if (!source.isOpen())
+            return u"%1 can't be read: %2"_s.arg(from, source.errorText());
+        if (const QString flaw = projectFlaw(source.database()); !flaw.isEmpty())
             return u"%1 is no project: %2"_s.arg(from, flaw);
         QSqlQuery query(source.database());
         query.prepare(u"VACUUM INTO ?"_s);
@@ -152,7 +91,7 @@ QString AnswerFile::open(const QString &file)
     database.setDatabaseName(path);
     if (!database.open())
         return u"%1 can't be read: %2"_s.arg(file, database.lastError().text());
-    if (const QString flaw = flawOf(database); !flaw.isEmpty())
+    if (const QString flaw = projectFlaw(database); !flaw.isEmpty())
         return u"%1 is no project: %2"_s.arg(file, flaw);
     // Says now what would otherwise be said after the first answer.
     if (!QFileInfo(path).isWritable())

@@ -4,11 +4,12 @@
 
 using namespace Qt::StringLiterals;
 
-TemporaryConnection::TemporaryConnection(const QString &connectionName, const QString &path)
+TemporaryConnection::TemporaryConnection(const QString &connectionName, const QString &path, const QString &options)
     : name(connectionName)
     , handle(QSqlDatabase::addDatabase(u"QSQLITE"_s, connectionName))
 {
     handle.setDatabaseName(path);
+    handle.setConnectOptions(options);
     handle.open();
 }
 

@@ -11,7 +11,8 @@
 class TemporaryConnection
 {
 public:
-    TemporaryConnection(const QString &connectionName, const QString &path);
+    /// Options are those of QSqlDatabase::setConnectOptions().
+    TemporaryConnection(const QString &connectionName, const QString &path, const QString &options = {});
     ~TemporaryConnection();
     Q_DISABLE_COPY_MOVE(TemporaryConnection)
 

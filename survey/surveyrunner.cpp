@@ -8,6 +8,7 @@
 #include "survey/answeredpairs.h"
 #include "survey/answers.h"
 #include "survey/chatrequester.h"
+#include "survey/history.h"
 #include "survey/requestassembly.h"
 
 #include <QDebug>
@@ -82,21 +83,6 @@ bool SurveyRunner::findOpenPair()
         }
     }
     return false;
-}
-
-/// What the persona has answered so far, in the order of the answers. Only texts are replayed, and no adjudicated
-/// question.
-static QList<Exchange> readHistory(const QSqlDatabase &database, const QString &personaUuid)
-{
-    QList<Exchange> history;
-    QSqlQuery query(database);
-    query.prepare(u"SELECT q.prompt,r.text_answer FROM responses r JOIN questions q ON r.question_id=q.question_id "
-                  "WHERE r.persona_uuid=? AND q.judge_question=0 ORDER BY r.created_at"_s);
-    query.addBindValue(personaUuid);
-    query.exec();
-    while (query.next())
-        history.append({.prompt = query.value(0).toString(), .answer = query.value(1).toString()});
-    return history;
 }
 
 void SurveyRunner::ask()

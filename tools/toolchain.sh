@@ -11,10 +11,13 @@ lld                        lld                     lld
 cmake                      cmake                   cmake
 ninja-build                ninja-build             ninja
 qt6-base-dev               qt6-qtbase-devel        qt6-base
+qt6-svg-dev                qt6-qtsvg-devel         qt6-svg
 libqt6sql6-sqlite          -                       -
 libssl-dev                 openssl-devel           openssl
 libllhttp-dev              llhttp-devel            llhttp
 libcli11-dev               cli11-devel             cli11
+libxlsxwriter-dev          libxlsxwriter-devel     libxlsxwriter
+libreadstat-dev            readstat-devel          readstat
 ca-certificates            ca-certificates         ca-certificates
 libbenchmark-dev           google-benchmark-devel  benchmark
 -                          libasan                 -
