@@ -65,6 +65,7 @@ int main(int argc, char *argv[])
     addCycleBenchmarks(report, extent);
     addRunBenchmarks(report, extent);
     addBridgeBenchmarks(report, extent);
+    addStudyBenchmarks(report, extent);
     benchmark::RunSpecifiedBenchmarks(&report);
     report.print();
     return 0;

@@ -15,3 +15,4 @@ void addLogBenchmarks(Report &report, Extent extent);
 void addCycleBenchmarks(Report &report, Extent extent);
 void addRunBenchmarks(Report &report, Extent extent);
 void addStartBenchmarks(Report &report, Extent extent);
+void addStudyBenchmarks(Report &report, Extent extent);

@@ -2,6 +2,7 @@
 #include "demo/demo.h"
 #include "demo/secondact.h"
 #include "demo/secondlook.h"
+#include "demo/thirdact.h"
 #include "preferences/settings.h"
 #include "standin/chatendpoint.h"
 #include "standin/detour.h"
@@ -34,6 +35,7 @@ struct Arguments
     QDir examples;
     QDir output;
     QString bridge;
+    QString study;
     bool keep = false;
     bool secondLook = false;
 };
@@ -44,17 +46,19 @@ static Arguments readArguments()
     const QCommandLineOption output(u"output"_s, u"Folder for the pictures and the log."_s, u"folder"_s);
     const QCommandLineOption secondLook(u"second-look"_s, u"Take up the files that an earlier demo left."_s);
     const QCommandLineOption bridge(u"bridge"_s, u"The program orrinet-bridge, for the second act."_s, u"program"_s);
+    const QCommandLineOption study(u"study"_s, u"The program orrinet-study, for the third act."_s, u"program"_s);
     const QCommandLineOption keep(u"keep"_s, u"Leave the window open until it is closed."_s);
     QCommandLineParser parser;
     parser.setApplicationDescription(u"Runs the example survey in the real window against a local endpoint."_s);
     parser.addHelpOption();
-    parser.addOptions({examples, output, bridge, keep, secondLook});
+    parser.addOptions({examples, output, bridge, study, keep, secondLook});
     parser.process(*QCoreApplication::instance());
     if (!parser.isSet(examples) || !parser.isSet(output))
         parser.showHelp(1);
     return {.examples = QDir(parser.value(examples)),
             .output = QDir(parser.value(output)),
             .bridge = parser.value(bridge),
+            .study = parser.value(study),
             .keep = parser.isSet(keep),
             .secondLook = parser.isSet(secondLook)};
 }
@@ -107,6 +111,10 @@ static int run(const Examples &examples, const Arguments &arguments)
     if (!arguments.bridge.isEmpty()) {
         QTextStream out(stdout);
         flaws += SecondAct(arguments.bridge, arguments.output, out).play();
+    }
+    if (!arguments.study.isEmpty()) {
+        QTextStream out(stdout);
+        flaws += ThirdAct(arguments.study, arguments.output, out).play();
     }
     const int status = flaws.isEmpty() ? 0 : failed(flaws);
     // Where there is no display nobody could close it.

@@ -1,0 +1,170 @@
+// What comes before and after a run: orrinet-study in a process of its own, which tells what it took when it ends.
+
+#include "bench/report.h"
+#include "bench/samples.h"
+#include "bench/suites.h"
+#include "bench/survey.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QTemporaryDir>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fcntl.h>
+
+#include <cstdlib>
+
+using namespace Qt::StringLiterals;
+using Unit = Report::Unit;
+
+namespace {
+
+struct Taken
+{
+    bool done = false;
+    double seconds = 0;
+    double bytes = 0; ///< of memory at most
+};
+
+/// Output and messages go nowhere.
+[[noreturn]] void become(const QList<QByteArray> &words)
+{
+    const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    ::dup2(nowhere, STDOUT_FILENO);
+    ::dup2(nowhere, STDERR_FILENO);
+    std::vector<char *> arguments;
+    for (const QByteArray &word : words)
+        arguments.push_back(const_cast<char *>(word.constData()));
+    arguments.push_back(nullptr);
+    ::execvp(arguments.front(), arguments.data());
+    std::_Exit(127);
+}
+
+/// A check that finds something, and what has findings, has done its work as well.
+Taken run(const QStringList &command)
+{
+    QList<QByteArray> words;
+    for (const QString &word : command)
+        words << word.toLocal8Bit();
+    const double begin = now(Clock::Wall);
+    const pid_t child = ::fork();
+    if (child == 0)
+        become(words);
+    int status = 0;
+    rusage usage{};
+    if (child < 0 || ::wait4(child, &status, 0, &usage) != child)
+        return {};
+    return {.done = WIFEXITED(status) && WEXITSTATUS(status) <= 1,
+            .seconds = now(Clock::Wall) - begin,
+            .bytes = double(usage.ru_maxrss) * 1024};
+}
+
+qint64 sizeOf(const QString &folder)
+{
+    qint64 size = 0;
+    for (QDirIterator files(folder, QDir::Files, QDirIterator::Subdirectories); files.hasNext();)
+        size += files.nextFileInfo().size();
+    return size;
+}
+
+/// The long form as the database's own command writes it.
+double floorOf(const QString &project, const QString &file)
+{
+    const Taken taken = run({u"sqlite3"_s, u"-csv"_s, u"-header"_s, project, u".output "_s + file,
+                             u"SELECT p.uuid, p.name, q.question_id, q.order_num, q.prompt, q.answer_type, "
+                             "r.text_answer, r.numeric_answer, r.json_answer, json_extract(r.json_answer, "
+                             "'$.reasoning'), r.created_at FROM personas p CROSS JOIN questions q LEFT JOIN responses "
+                             "r ON r.persona_uuid = p.uuid AND r.question_id = q.question_id ORDER BY p.name, "
+                             "q.order_num, r.created_at"_s});
+    return taken.done ? taken.seconds : 0;
+}
+
+/// A project of which all pairs but the last tenth are answered.
+QString answeredProject(const QTemporaryDir &folder, int personas, int questions)
+{
+    const QString path = folder.filePath(u"%1x%2.ormt"_s.arg(personas).arg(questions));
+    Survey survey(personas, questions, personas * questions * 9 / 10, Survey::Tab::Empty);
+    survey.call("saveProjectToFile", path);
+    return path;
+}
+
+struct Work
+{
+    std::string name;
+    QStringList arguments; ///< %1 is the project, %2 a folder to write to
+    bool hasFloor = false;
+};
+
+const std::vector<Work> &works()
+{
+    const auto exportTo = [](const QString &format) {
+        return QStringList{u"export"_s, u"%1"_s, u"--to"_s, format, u"--out"_s, u"%2/export"_s};
+    };
+    static const std::vector<Work> all{
+        {.name = "check", .arguments = {u"check"_s, u"%1"_s}},
+        {.name = "csv", .arguments = exportTo(u"csv"_s), .hasFloor = true},
+        {.name = "xlsx", .arguments = exportTo(u"xlsx"_s)},
+        {.name = "sav", .arguments = exportTo(u"sav"_s)},
+        {.name = "dta", .arguments = exportTo(u"dta"_s)},
+        {.name = "json", .arguments = exportTo(u"json"_s)},
+        {.name = "report", .arguments = {u"report"_s, u"%1"_s, u"--out"_s, u"%2/report.html"_s}},
+    };
+    return all;
+}
+
+} // namespace
+
+static void study(benchmark::State &state, const Work &work, int personas, int questions)
+{
+    const QTemporaryDir folder;
+    const QString project = answeredProject(folder, personas, questions);
+    for ([[maybe_unused]] const auto _ : state) {
+        const QTemporaryDir out;
+        QStringList command{QStringLiteral(ORRINET_STUDY)};
+        for (QString word : work.arguments)
+            command << word.replace("%1"_L1, project).replace("%2"_L1, out.path());
+        const Taken taken = run(command);
+        if (!taken.done) {
+            state.SkipWithError("it failed");
+            return;
+        }
+        state.SetIterationTime(taken.seconds);
+        state.counters["time"] = taken.seconds;
+        state.counters["each"] = taken.seconds / (personas * questions);
+        state.counters["memory"] = taken.bytes;
+        if (const qint64 size = sizeOf(out.path()); size > 0)
+            state.counters["size"] = double(size);
+        if (work.hasFloor) {
+            const double floor = floorOf(project, out.filePath(u"floor.csv"_s));
+            state.counters["floor"] = floor;
+            state.counters["ratio"] = taken.seconds / floor;
+        }
+    }
+}
+
+void addStudyBenchmarks(Report &report, Extent extent)
+{
+    report.addTable("study", "Before and after a run",
+                    {{"time", "time", Unit::Milliseconds},
+                     {"per pair", "each", Unit::Microseconds},
+                     {"memory", "memory", Unit::Megabytes},
+                     {"written", "size", Unit::Kilobytes},
+                     {"sqlite3", "floor", Unit::Milliseconds},
+                     {"time : sqlite3", "ratio", Unit::Ratio}});
+    const auto add = [](int personas, int questions) {
+        for (const Work &work : works()) {
+            const std::string name =
+                "study/" + work.name + ", " + std::to_string(personas) + "x" + std::to_string(questions);
+            benchmark::RegisterBenchmark(name, study, work, personas, questions)->Iterations(1)->UseManualTime();
+        }
+    };
+    if (extent == Extent::Smoke) {
+        add(15, 9);
+        return;
+    }
+    add(1000, 30);
+    add(2000, 50);
+}
