@@ -210,7 +210,7 @@ void EventDriver::pressKey(const Step &step)
     QTableView *table = tableOf(step);
     quietly([&] {
         auto *editor = table->viewport()->findChild<QLineEdit *>();
-        const Qt::Key key = keys[step.how % std::size(keys)];
+        const Qt::Key key = keys[size_t(step.how) % std::size(keys)];
         QTest::keyClick(editor != nullptr ? static_cast<QWidget *>(editor) : table, key);
         settle();
     });
@@ -222,7 +222,7 @@ void EventDriver::refresh(const Step &step)
     static constexpr std::pair<const char *, Refreshed> slots[] = {
         {"loadProject", Refreshed::Project}, {"loadQuestions", Refreshed::Questions}, {"loadResults", Refreshed::Grid}};
     const auto &[slot, refreshed] = slots[step.which % 3];
-    quietly([slot = slot, this] { stage.call(slot); });
+    quietly([called = slot, this] { stage.call(called); });
     // The refresh of the edits passes through the slots that note a change.
     if (refreshed == Refreshed::Project)
         expected.dirty = true;

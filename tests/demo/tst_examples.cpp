@@ -3,6 +3,7 @@
 #include "tests/support/testcase.h"
 
 #include <QDir>
+#include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -52,13 +53,17 @@ void TestExamples::file_that_is_missing_or_unfit_is_named_with_its_fault_data()
     QTest::addColumn<QString>("fault");
     const QString panel = u"panel.json"_s;
     const QString questionnaire = u"questionnaire.json"_s;
+    // Qt's versions differ in what they call it.
+    const QByteArray cutOff = "[{\"name\""_ba;
+    QJsonParseError error;
+    QJsonDocument::fromJson(cutOff, &error);
     for (const QString &file : {panel, questionnaire}) {
         const auto addRow = [&file](const char *what) -> QTestData & {
             return QTest::addRow("%s %s", qPrintable(file), what) << file;
         };
         addRow("missing") << QByteArray() << u"No such file or directory"_s;
         addRow("empty") << ""_ba << u"illegal value (at byte 0)"_s;
-        addRow("cut off in a name") << "[{\"name\""_ba << u"unterminated string (at byte 8)"_s;
+        addRow("cut off in a name") << cutOff << u"%1 (at byte 8)"_s.arg(error.errorString());
         addRow("no list") << "{}"_ba << u"a list of entries is expected, and at least one"_s;
         addRow("empty list") << "[]"_ba << u"a list of entries is expected, and at least one"_s;
     }

@@ -6,6 +6,7 @@
 #include <QTest>
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
@@ -31,8 +32,8 @@ static bool unshareMounts()
     if (::unshare(CLONE_NEWNS) != 0) {
         char users[32];
         char groups[32];
-        qsnprintf(users, sizeof users, "0 %u 1", ::getuid());
-        qsnprintf(groups, sizeof groups, "0 %u 1", ::getgid());
+        std::snprintf(users, sizeof users, "0 %u 1", ::getuid());
+        std::snprintf(groups, sizeof groups, "0 %u 1", ::getgid());
         if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0 || !becomeRoot(users, groups))
             return false;
     }

@@ -2,6 +2,7 @@
 
 #include "tests/faults/killeduser.h"
 #include "tests/support/entries.h"
+#include "tests/support/messagelog.h"
 #include "tests/support/seed.h"
 #include "tests/support/sidedatabase.h"
 #include "tests/support/stage.h"
@@ -270,18 +271,22 @@ private:
         }
     }
 
-    /// A save to the same name goes through where nothing is there. It is refused where a part is there, and clears it
-    /// away, so that the one after it goes through; and always where all is there.
+    /// A save to the same name goes through where nothing is there. Where a part is there, SQLite's versions differ in
+    /// whether it is refused once and clears that away, or goes through at once. It is refused where all is there.
     void checkNextSave()
     {
         const bool isEmpty = QFileInfo(path(u"target"_s)).size() == 0;
         const bool isPart = !isEmpty && QFile::exists(path(u"target-journal"_s));
         const QString again = copyOfTarget();
-        for (const bool succeeds : {isEmpty, isPart}) {
-            if (!succeeds)
-                QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"^vacuum into failed "_s));
-            QCOMPARE(stage->result("saveProjectToFile", again), succeeds);
-        }
+        const MessageLog messages;
+        const bool first = stage->result("saveProjectToFile", again);
+        const bool second = stage->result("saveProjectToFile", again);
+        QVERIFY(first || !isEmpty);
+        QCOMPARE(first != second, isEmpty || isPart);
+        QVERIFY(!(first && second));
+        for (const QString &warning : messages.warnings())
+            QVERIFY2(warning.startsWith("vacuum into failed "_L1), qPrintable(warning));
+        QCOMPARE(messages.warnings().size(), first || second ? 1 : 2);
         SideDatabase file(again);
         if (isEmpty || isPart)
             QCOMPARE(everyRow(file.database()), project);

