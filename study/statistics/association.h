@@ -20,8 +20,8 @@ CrossTable crossTable(const QList<int> &rows, const QList<int> &columns, int row
 /// In small groups chance alone makes it large: see the corrected one.
 std::optional<double> cramersV(const CrossTable &table);
 
-/// The same, corrected for what chance alone is expected to give (Bergsma 2013): 0 where the table shows no more.
-/// Nothing also where there are so few pairs that the correction leaves fewer than two kinds.
+/// The same, corrected for what chance alone is expected to give (Bergsma's correction): 0 where the table shows no
+/// more. Nothing also where there are so few pairs that the correction leaves fewer than two kinds.
 std::optional<double> cramersVCorrected(const CrossTable &table);
 
 /// The share of the variance of numbers that lies between groups, sum of squares between over sum of squares in all:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QList>
 
 #include <cstdint>
@@ -15,7 +16,7 @@ namespace study {
 class MixedRows
 {
 public:
-    explicit MixedRows(int rows);
+    explicit MixedRows(int count);
 
     // Each adds a column, with a value for each row.
 
@@ -53,17 +54,26 @@ public:
     QList<QList<int>> identicalRows() const;
 
 private:
+    enum class Measure { Nominal, Difference, Sets };
     struct Column
     {
-        /// Numbers per row, of which the first is not a number where there is no answer: a code, a number over the
-        /// range, or a rank for each kind over the maximum.
-        std::vector<float> values;
-        /// Words of bits per row, for sets.
-        std::vector<std::uint64_t> bits;
+        Measure measure = Measure::Difference;
+        /// Numbers per row, as many as `width`, of which the first is not a number where there is no answer.
+        std::vector<double> values;
         int width = 1;
-        /// Distances are 0 or 1, and not those of the numbers.
-        bool nominal = false;
+        double span = 1; ///< the largest distance that numbers can have
+        /// Words of bits per row, as many as `words`, for sets.
+        std::vector<std::uint64_t> bits;
+        int words = 0;
     };
+    Column emptyColumn(Measure measure, int width = 1) const;
+    /// Not a number where either has no answer.
+    static double apart(const Column &column, int one, int other);
+    static double numbersApart(const Column &column, int one, int other);
+    static double setsApart(const Column &column, int one, int other);
+    std::vector<Neighbour> allNearest() const;
+    QByteArray bytesOf(int row) const;
+
     int rows;
     std::vector<Column> columns;
 };
