@@ -1,7 +1,11 @@
 orrinet_tests(study
     CLASSES
         tst_cells
+        tst_flawed
         tst_match
+        tst_statistics
+        tst_statisticspanel
+        tst_statisticsproof
         tst_studyproject)
 target_link_libraries(tests-study PRIVATE orrinet-study-parts)
 add_dependencies(tests-study orrinet-study)
