@@ -1,0 +1,38 @@
+#pragma once
+
+#include "study/export/losses.h"
+#include "study/export/table.h"
+
+#include <readstat.h>
+
+class QIODevice;
+
+namespace study {
+
+/// What the files of SPSS and Stata have in common: the library's writer, to a device.
+class StatWriter
+{
+public:
+    explicit StatWriter(QIODevice &device);
+    ~StatWriter();
+    Q_DISABLE_COPY_MOVE(StatWriter)
+
+    readstat_writer_t *handle() const { return writer; }
+    QIODevice *device() const { return out; }
+
+    /// Keeps the first error.
+    void check(readstat_error_t error);
+    bool hasFailed() const { return firstError != READSTAT_OK; }
+    /// Empty where nothing failed.
+    QString failure() const;
+
+private:
+    QIODevice *out;
+    readstat_writer_t *writer;
+    readstat_error_t firstError = READSTAT_OK;
+};
+
+/// The number to store, nothing where it is none that a format takes, which is counted as a loss.
+std::optional<double> storableNumber(const Value &value, double greatest, const QString &column, Losses &losses);
+
+} // namespace study
