@@ -173,7 +173,14 @@ void addDrawing(Blocks &blocks, const Survey &survey, const Answers &answers, in
 QString mostFrequentAnswer(const Answers &answers, const MostFrequent &most)
 {
     const auto first = answers.codes.indexOf(most.kind);
-    return first < 0 ? QString() : quoted(answers.given.at(first), 60);
+    if (first < 0)
+        return {};
+    if (answers.lists.isEmpty())
+        return quoted(answers.given.at(first), 60);
+    QStringList labels;
+    for (const int label : answers.lists.at(first))
+        labels << answers.kinds.at(label);
+    return quoted(labels.join(answers.question->kind == Kind::Ranking ? u" > "_s : u", "_s), 60);
 }
 
 /// What is said of spread: how much of one kind the answers are.
