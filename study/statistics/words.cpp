@@ -77,7 +77,7 @@ QList<FrequentWord> frequentWords(const QStringList &texts, int most)
         for (const QSet<QString> different(words.begin(), words.end()); const QString &word : different)
             ++found[word].texts;
     }
-    found.removeIf([](const auto &entry) { return isLeftOut(entry.key()); });
+    found.removeIf([](QHash<QString, FrequentWord>::iterator entry) { return isLeftOut(entry.key()); });
     QList<FrequentWord> sorted = found.values();
     std::sort(sorted.begin(), sorted.end(), [](const FrequentWord &a, const FrequentWord &b) {
         return std::tie(b.texts, b.times, a.word) < std::tie(a.texts, a.times, b.word);

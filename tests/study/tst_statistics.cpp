@@ -30,6 +30,12 @@ static bool isIn(const Value &value, double low, double high)
     return value && *value >= low && *value <= high;
 }
 
+/// Sums in another order are rounded in another way.
+static bool isClose(const Value &one, const Value &other)
+{
+    return one && other && std::abs(*one - *other) < 1e-9;
+}
+
 static const double none = std::numeric_limits<double>::quiet_NaN();
 static const double endless = std::numeric_limits<double>::infinity();
 static const double largest = std::numeric_limits<double>::max();
@@ -155,12 +161,13 @@ private Q_SLOTS:
                 const Bin &bin = bins.at(place);
                 const bool isLast = place == bins.size() - 1;
                 QVERIFY(bin.from < bin.to && (isLast || bin.to == bins.at(place + 1).from));
-                QCOMPARE(bin.count, std::count_if(numbers.begin(), numbers.end(), [&bin, isLast](double number) {
-                             return number >= bin.from && (number < bin.to || (isLast && number == bin.to));
-                         }));
+                const auto holds = [&bin, isLast](double number) {
+                    return number >= bin.from && (number < bin.to || (isLast && number == bin.to));
+                };
+                QCOMPARE(bin.count, int(std::count_if(numbers.begin(), numbers.end(), holds)));
                 count += bin.count;
             }
-            QCOMPARE(count, numbers.size());
+            QCOMPARE(count, int(numbers.size()));
         }
     }
 
@@ -290,12 +297,12 @@ private Q_SLOTS:
             one[0] += 1;
             const Numbers reversed(one.crbegin(), one.crend());
             QVERIFY(isIn(normalisedEntropy(one), 0, 1));
-            QCOMPARE(shown(entropy(one)), shown(entropy(reversed)));
+            QVERIFY(isClose(entropy(one), entropy(reversed)));
             QVERIFY(isIn(wassersteinOrdered(one, other), 0, 1));
             QVERIFY(isIn(jensenShannonDistance(one, other), 0, 1));
-            QCOMPARE(shown(jensenShannonDistance(one, other)), shown(jensenShannonDistance(other, one)));
-            QCOMPARE(shown(wassersteinOrdered(one, other)),
-                     shown(wassersteinNumbers(weightedPlaces(one), weightedPlaces(other), 1, kinds)));
+            QVERIFY(isClose(jensenShannonDistance(one, other), jensenShannonDistance(other, one)));
+            QVERIFY(isClose(wassersteinOrdered(one, other),
+                            wassersteinNumbers(weightedPlaces(one), weightedPlaces(other), 1, kinds)));
             if (const Value plain = cramersV(table)) {
                 QVERIFY(isIn(plain, 0, 1));
                 if (const Value corrected = cramersVCorrected(table))

@@ -147,7 +147,7 @@ private Q_SLOTS:
     {
         const QJsonObject all = expected["against"_L1].toObject();
         QVERIFY(all.size() >= 5);
-        for (const QString &number : all.keys()) {
+        for (const QStringList numbers = all.keys(); const QString &number : numbers) {
             const QJsonObject theirs = all[number].toObject();
             const Question &question = project.questions.at(number.toInt() - 1);
             const Numbers people = listOf(theirs["people"_L1]);
