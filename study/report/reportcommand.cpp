@@ -2,6 +2,7 @@
 #include "study/output.h"
 #include "study/report/html.h"
 #include "study/report/pdf.h"
+#include "study/report/recorded.h"
 #include "study/report/report.h"
 
 #include <CLI/CLI.hpp>
@@ -20,6 +21,7 @@ struct Wanted
     std::string project;
     std::string out;
     std::string against;
+    std::string record;
     bool force = false;
 };
 
@@ -57,6 +59,12 @@ Exit report(const Wanted &wanted)
             return refused(*reason);
         options.against = std::get<Against>(std::move(against));
     }
+    if (!wanted.record.empty()) {
+        auto recorded = readRecorded(QString::fromStdString(wanted.record));
+        if (const QString *reason = std::get_if<QString>(&recorded))
+            return refused(*reason);
+        options.recorded = std::get<Recorded>(std::move(recorded));
+    }
     const Document document = makeReport(survey, options);
     const QByteArray bytes = formOf(out) == Form::Pdf ? toPdf(document) : toHtml(document);
     if (const QString failure = writeFile(out, bytes, wanted.force); !failure.isEmpty())
@@ -86,6 +94,10 @@ void addReport(CLI::App &app, Command &chosen)
         ->add_option("--against", wanted->against,
                      "What to hold the answers against: shares of people in a table (.csv) with the columns question "
                      "(its number or wording), label or value, and share or count; or another project")
+        ->type_name("FILE");
+    command
+        ->add_option("--record", wanted->record,
+                     "Record of orrinet-bridge, to tell which models answered, with which settings")
         ->type_name("FILE");
     command->add_flag("--force", wanted->force, "Overwrite the file");
     command->callback([&chosen, wanted] {

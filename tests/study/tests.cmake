@@ -9,6 +9,7 @@ orrinet_tests(study
         tst_reporthtml
         tst_reportpdf
         tst_reportphrases
+        tst_reportrecorded
         tst_reportsameness
         tst_reportwording
         tst_statistics

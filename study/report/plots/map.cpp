@@ -118,8 +118,8 @@ void addMark(QPainterPath &path, const QRectF &cell, Mark mark)
 
 void drawMarks(QPainter &painter, const QPainterPath &path, Mark mark)
 {
-    static constexpr std::array<Ink, markKinds> inks{Ink::Faint, Ink::Bar, Ink::Against, Ink::Against, Ink::Other};
-    painter.setPen(QPen(colour(inks.at(size_t(mark))), 1.3));
+    static constexpr std::array<Ink, markKinds> markInks{Ink::Faint, Ink::Bar, Ink::Against, Ink::Against, Ink::Other};
+    painter.setPen(QPen(colour(markInks.at(size_t(mark))), 1.3));
     painter.setBrush(mark == Mark::Unreadable ? QBrush(colour(Ink::Other)) : QBrush(Qt::NoBrush));
     painter.drawPath(path);
 }
