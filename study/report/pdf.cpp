@@ -20,18 +20,30 @@ namespace study {
 static constexpr double sheetMargin = 68;
 static constexpr QSizeF sheet{793, 1122};
 
-/// Puts one fixed moment where the file says when it was made: the same length, so that nothing moves.
-static void takeTimeOut(QByteArray &pdf)
+/// Puts a fixed moment behind a mark, of the length that the time has there, so that nothing moves.
+static void fixTime(QByteArray &pdf, const QByteArray &mark, const QByteArray &moment, char end)
 {
-    const QByteArray begin = "/CreationDate (D:";
-    const qsizetype from = pdf.lastIndexOf(begin);
-    const qsizetype to = from < 0 ? -1 : pdf.indexOf(')', from);
-    for (qsizetype at = from + begin.size(); at < to; ++at) {
-        if (pdf.at(at) >= '0' && pdf.at(at) <= '9')
+    const qsizetype found = pdf.indexOf(mark);
+    const qsizetype from = found + mark.size();
+    const qsizetype to = found < 0 ? -1 : pdf.indexOf(end, from);
+    for (qsizetype at = from; at < to; ++at) {
+        const bool isDigit = pdf.at(at) >= '0' && pdf.at(at) <= '9';
+        if (at - from < moment.size())
+            pdf[at] = moment.at(at - from);
+        else if (isDigit)
             pdf[at] = '0';
         else if (pdf.at(at) == '-')
             pdf[at] = '+';
     }
+}
+
+/// The writer stamps the time of the making, and takes no other.
+static void takeTimeOut(QByteArray &pdf)
+{
+    for (const char *mark : {"/CreationDate (D:", "/ModDate (D:"})
+        fixTime(pdf, mark, "20000101000000", ')');
+    for (const char *mark : {"xmp:CreateDate=\"", "xmp:ModifyDate=\"", "xmp:MetadataDate=\""})
+        fixTime(pdf, mark, "2000-01-01T00:00:00", '"');
 }
 
 static void drawPages(QPdfWriter &writer, const QTextDocument &laid, QSizeF inner)
