@@ -3,6 +3,7 @@
 import csv
 import json
 import math
+import re
 import shutil
 import subprocess
 from collections import Counter
@@ -89,9 +90,16 @@ def read_sav(folder):
     for table in ('long', 'wide'):
         target = folder / f'{table}.pspp.csv'
         script = folder / f'{table}.sps'
-        script.write_text(f"GET FILE='{folder / table}.sav'.\nSAVE TRANSLATE /OUTFILE='{target}' /TYPE=CSV /REPLACE "
-                          '/MISSING=RECODE /FIELDNAMES /CELLS=VALUES.\n', encoding='utf-8')
-        subprocess.run(['pspp', '-o', folder / f'{table}.txt', script], check=True)
+        script.write_text(f"SET MXWARNS=1000000.\nGET FILE='{folder / table}.sav'.\nSAVE TRANSLATE "
+                          f"/OUTFILE='{target}' /TYPE=CSV /REPLACE /MISSING=RECODE /FIELDNAMES /CELLS=VALUES.\n",
+                          encoding='utf-8')
+        run = subprocess.run(['pspp', '-o', folder / f'{table}.txt', script], capture_output=True, text=True)
+        # Its complaints tell of a file that others may refuse. Of a text of over 36 parts, some have the same name, since
+        # the library numbers them by one character; readers go by their places.
+        lines = [line for line in (run.stdout + run.stderr).splitlines() if line and 'duplicate name' not in line]
+        kinds = Counter(re.sub(r"\S*\d\S*|`[^']*'", '...', line) for line in lines)
+        tables.setdefault('complaints', []).extend(f'{table}: PSPP says {count} times: {line}'
+                                                   for line, count in kinds.items())
         tables[table] = csv_rows(target)
     return tables
 
@@ -109,6 +117,9 @@ def read_json(folder):
     document = json.loads(next(folder.glob('*.json')).read_text(encoding='utf-8'))
     return {table: document[table] for table in ('long', 'wide')}
 
+
+# Long personas are beyond what the module takes for one cell.
+csv.field_size_limit(10_000_000)
 
 READERS = dict(csv=read_csv, xlsx=read_xlsx, sav=read_sav, dta=read_dta, json=read_json)
 EXACT = ('csv', 'json')  # The others have other line ends, no spaces at the end of a text, or a limit.
@@ -145,13 +156,13 @@ def long_key(row, form):
 
 
 def differences(form, tables, project):
-    found = []
+    found = tables.get('complaints', [])
     wide = {row['uuid']: row for row in tables['wide']}
     wanted = wide_wanted(project)
     if list(wide) != project.uuids and wide.keys() == wanted.keys():
         found.append('the personas of the wide table are in another order')
     if wide.keys() != wanted.keys():
-        return ['the wide table has other personas']
+        return found + ['the wide table has other personas']
     for uuid, row in wanted.items():
         found += [f'{uuid} {name}: {wide[uuid].get(name)!r} is not {value!r}' for name, value in row.items()
                   if name not in wide[uuid] or not is_same(wide[uuid][name], value, form)]
@@ -184,7 +195,10 @@ def check(project, path, options):
         if run.returncode != 0:
             failures.append(f'{form}: exit status {run.returncode}: {run.stderr.strip()}')
             continue
-        found = differences(form, read(folder), project)
+        try:
+            found = differences(form, read(folder), project)
+        except (OSError, KeyError, ValueError, csv.Error) as error:
+            found = [f'{form}: it can\'t be read: {error!r}']
         if form == 'csv':
             found += by_sqlite(folder, project)
         print(f'  {form:<9} {len(found)} differences', flush=True)
