@@ -1,13 +1,109 @@
 #include "study/command.h"
+#include "study/output.h"
+#include "study/report/html.h"
+#include "study/report/pdf.h"
+#include "study/report/recorded.h"
+#include "study/report/report.h"
 
 #include <CLI/CLI.hpp>
 
+#include <memory>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
 namespace study {
+
+namespace {
+
+struct Wanted
+{
+    std::string project;
+    std::string out;
+    std::string against;
+    std::string record;
+    bool force = false;
+};
+
+/// Which form a file's name asks for.
+enum class Form { Html, Pdf };
+
+std::optional<Form> formOf(const QString &path)
+{
+    if (path.endsWith(".html"_L1, Qt::CaseInsensitive) || path.endsWith(".htm"_L1, Qt::CaseInsensitive))
+        return Form::Html;
+    if (path.endsWith(".pdf"_L1, Qt::CaseInsensitive))
+        return Form::Pdf;
+    return std::nullopt;
+}
+
+Exit refused(const QString &reason)
+{
+    say(reason);
+    return Exit::File;
+}
+
+Exit report(const Wanted &wanted)
+{
+    const QString out = QString::fromStdString(wanted.out);
+    if (const QString objection = objectionTo(out, wanted.force); !objection.isEmpty())
+        return refused(objection);
+    const auto read = readProject(QString::fromStdString(wanted.project));
+    if (const QString *reason = std::get_if<QString>(&read))
+        return refused(*reason);
+    const Survey survey(std::get<Project>(read));
+    ReportOptions options;
+    if (!wanted.against.empty()) {
+        auto against = readAgainst(QString::fromStdString(wanted.against), survey);
+        if (const QString *reason = std::get_if<QString>(&against))
+            return refused(*reason);
+        options.against = std::get<Against>(std::move(against));
+    }
+    if (!wanted.record.empty()) {
+        auto recorded = readRecorded(QString::fromStdString(wanted.record));
+        if (const QString *reason = std::get_if<QString>(&recorded))
+            return refused(*reason);
+        options.recorded = std::get<Recorded>(std::move(recorded));
+    }
+    const Document document = makeReport(survey, options);
+    const QByteArray bytes = formOf(out) == Form::Pdf ? toPdf(document) : toHtml(document);
+    if (const QString failure = writeFile(out, bytes, wanted.force); !failure.isEmpty())
+        return refused(failure);
+    return Exit::Done;
+}
+
+} // namespace
 
 void addReport(CLI::App &app, Command &chosen)
 {
-    auto *command = app.add_subcommand("report", "");
-    command->callback([&chosen] { chosen.run = [] { return Exit::Done; }; });
+    auto wanted = std::make_shared<Wanted>();
+    auto *command = app.add_subcommand(
+        "report", "Write a report on the answers, as HTML or PDF, into one file: how they were made, what "
+                  "is missing, a page for each question, and how much they are one. The "
+                  "same project gives the same bytes.");
+    command->add_option("PROJECT", wanted->project, "Project file")->required();
+    command->add_option("--out", wanted->out, "File to write, by its name HTML (.html) or PDF (.pdf)")
+        ->type_name("FILE")
+        ->required()
+        ->check(
+            [](const std::string &path) {
+                return formOf(QString::fromStdString(path)) ? std::string() : "wants a name that ends in .html or .pdf";
+            },
+            "");
+    command
+        ->add_option("--against", wanted->against,
+                     "What to hold the answers against: shares of people in a table (.csv) with the columns question "
+                     "(its number or wording), label or value, and share or count; or another project")
+        ->type_name("FILE");
+    command
+        ->add_option("--record", wanted->record,
+                     "Record of orrinet-bridge, to tell which models answered, with which settings")
+        ->type_name("FILE");
+    command->add_flag("--force", wanted->force, "Overwrite the file");
+    command->callback([&chosen, wanted] {
+        chosen.draws = true;
+        chosen.run = [wanted] { return report(*wanted); };
+    });
 }
 
 } // namespace study

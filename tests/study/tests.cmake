@@ -9,13 +9,25 @@ orrinet_tests(study
         tst_exporttables
         tst_flawed
         tst_match
+        tst_plots
+        tst_report
+        tst_reportagainst
+        tst_reporthtml
+        tst_reportpdf
+        tst_reportphrases
+        tst_reportrecorded
+        tst_reportsameness
+        tst_reportwording
         tst_statfiles
         tst_statistics
         tst_statisticspanel
         tst_statisticsproof
         tst_studyproject
+        tst_studyrecord
         tst_workbook
     SOURCES
+        reportsample.cpp
+        reportsample.h
         statread.cpp
         statread.h
         tableshow.cpp
