@@ -23,7 +23,6 @@ orrinet_tests(study
         tst_statisticspanel
         tst_statisticsproof
         tst_studyproject
-        tst_studyrecord
         tst_workbook
     SOURCES
         reportsample.cpp
