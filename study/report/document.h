@@ -46,7 +46,7 @@ struct Entries
     QList<Entry> entries;
 };
 
-struct Table
+struct TextTable
 {
     struct Row
     {
@@ -81,7 +81,7 @@ struct Figure
     std::function<void(QPainter &)> paint;
 };
 
-using Block = std::variant<Heading, Paragraph, Entries, Table, Quotation, Verbatim, Figure>;
+using Block = std::variant<Heading, Paragraph, Entries, TextTable, Quotation, Verbatim, Figure>;
 using Blocks = QList<Block>;
 
 struct Document

@@ -79,7 +79,7 @@ public:
         html += u"</ul>\n"_s;
     }
 
-    void operator()(const Table &table)
+    void operator()(const TextTable &table)
     {
         html += u"<div class=\"wide\"><table>\n"_s;
         if (!table.caption.isEmpty())
@@ -88,7 +88,7 @@ public:
         for (qsizetype column = 0; column < table.header.size(); ++column)
             html += cell(table.header.at(column), u"th scope=\"col\""_s, u"th"_s, column >= table.texts);
         html += u"</tr></thead>\n<tbody>\n"_s;
-        for (const Table::Row &row : table.rows) {
+        for (const TextTable::Row &row : table.rows) {
             html += row.faint ? u"<tr class=\"faint\">"_s : u"<tr>"_s;
             for (qsizetype column = 0; column < row.cells.size(); ++column)
                 html += cell(row.cells.at(column), u"td"_s, u"td"_s, column >= table.texts);

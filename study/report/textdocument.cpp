@@ -126,7 +126,7 @@ public:
         put(figure.title, blockFormat(0, 8), charFormat(10, Ink::Faint));
     }
 
-    void operator()(const Table &table)
+    void operator()(const TextTable &table)
     {
         if (!table.caption.isEmpty())
             put(table.caption, blockFormat(8, 2), charFormat(10, Ink::Faint));
@@ -183,7 +183,8 @@ private:
         cursor.insertText(fitForPage(text).replace(u'\n', QChar::LineSeparator), letters);
     }
 
-    static void fillRow(const QTextTable &grid, int row, const Table &table, const Table::Row &filling, bool isHeader)
+    static void fillRow(const QTextTable &grid, int row, const TextTable &table, const TextTable::Row &filling,
+                        bool isHeader)
     {
         QTextCharFormat letters = charFormat(10, filling.faint ? Ink::Faint : Ink::Text);
         if (isHeader)

@@ -16,7 +16,7 @@ using study::Project;
 using study::Quotation;
 using study::readProject;
 using study::Survey;
-using study::Table;
+using study::TextTable;
 using study::Verbatim;
 
 ReadSurvey::ReadSurvey(const QString &path)
@@ -100,13 +100,13 @@ struct Sayer
         for (const Entries::Entry &entry : entries.entries)
             said << u"Entry: "_s + entry.text + u" -> "_s + entry.anchor;
     }
-    void operator()(const Table &table)
+    void operator()(const TextTable &table)
     {
         if (!table.caption.isEmpty())
             said << u"Caption: "_s + table.caption;
         said << u"Header: "_s + table.header.join(u" | "_s);
-        for (const Table::Row &row : table.rows)
-            said << (row.faint ? u"Faint: "_s : u"Table: "_s) + row.cells.join(u" | "_s);
+        for (const TextTable::Row &row : table.rows)
+            said << (row.faint ? u"Faint: "_s : u"TextTable: "_s) + row.cells.join(u" | "_s);
     }
     void operator()(const Quotation &quotation)
     {

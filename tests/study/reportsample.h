@@ -21,5 +21,5 @@ struct ReadSurvey
 /// Likert Scale of five, one out of its list; 6 Rank Choices, open for the last persona. Gives its path.
 QString writeDrinks(const QString &path);
 
-/// What a document says, a line for each text of each block: "Heading: ...", "Table: a | b".
+/// What a document says, a line for each text of each block: "Heading: ...", "TextTable: a | b".
 QStringList saidBy(const study::Blocks &blocks);

@@ -46,9 +46,9 @@ private Q_SLOTS:
         QCOMPARE(notice->tone, Tone::Notice);
         QVERIFY(notice->text.contains(u"no evidence of what people think"_s));
         const QStringList said = saidBy(blocks);
-        QVERIFY(said.contains(u"Table: Personas | 12"_s));
-        QVERIFY(said.contains(u"Table: Questions | 6"_s));
-        QVERIFY(said.contains(u"Table: Pairs with a usable answer | 70 of 72 (97.2 %)"_s));
+        QVERIFY(said.contains(u"TextTable: Personas | 12"_s));
+        QVERIFY(said.contains(u"TextTable: Questions | 6"_s));
+        QVERIFY(said.contains(u"TextTable: Pairs with a usable answer | 70 of 72 (97.2 %)"_s));
         QVERIFY(
             said.contains(u"Paragraph: SHA-256 of the project file: "_s + QString::fromLatin1(drinks->project.sha256)));
     }
@@ -107,8 +107,8 @@ private Q_SLOTS:
         const QStringList said = saidBy(panelSection(*drinks->survey).blocks);
         QVERIFY(said.contains(u"Faint: rural | 6 | 50 %"_s));
         QVERIFY(said.contains(u"Faint: young | 3 | 25 %"_s));
-        QVERIFY(said.contains(u"Table: rural | 6 | 3"_s));
-        QVERIFY(said.contains(u"Table: young | 3 | 3"_s));
+        QVERIFY(said.contains(u"TextTable: rural | 6 | 3"_s));
+        QVERIFY(said.contains(u"TextTable: young | 3 | 3"_s));
     }
 
     void personas_of_nearly_the_same_text_are_told()
@@ -121,7 +121,7 @@ private Q_SLOTS:
                       PersonaEntered{.uuid = u"c"_s, .name = u"C"_s, .attributes = u"Keeps bees, drinks mead"_s}));
         const ReadSurvey read(path);
         const Section section = panelSection(*read.survey);
-        QVERIFY(saidBy(section.blocks).contains(u"Table: A, B | 2 | the same text"_s));
+        QVERIFY(saidBy(section.blocks).contains(u"TextTable: A, B | 2 | the same text"_s));
         QCOMPARE(section.flags.size(), 1);
         QCOMPARE(section.flags.first().text, u"2 of 3 personas are nearly the same text as another one"_s);
     }
@@ -130,8 +130,8 @@ private Q_SLOTS:
     {
         const Section section = completenessSection(*drinks->survey);
         const QStringList said = saidBy(section.blocks);
-        QVERIFY(said.contains(u"Table: 5. How often? | Likert Scale | 11 | 0 | 1 | 91.7 %"_s));
-        QVERIFY(said.contains(u"Table: 6. Order them. | Rank Choices | 11 | 1 | 0 | 91.7 %"_s));
+        QVERIFY(said.contains(u"TextTable: 5. How often? | Likert Scale | 11 | 0 | 1 | 91.7 %"_s));
+        QVERIFY(said.contains(u"TextTable: 6. Order them. | Rank Choices | 11 | 1 | 0 | 91.7 %"_s));
         QCOMPARE(said.filter(u"Figure: What became of each pair"_s).size(), 1);
         QVERIFY(said.filter(u"Figure: "_s)
                     .first()
@@ -146,12 +146,12 @@ private Q_SLOTS:
         QVERIFY(said.contains(
             u"Paragraph: Option. The model was given the labels as the only answers that it could choose from."_s));
         QVERIFY(said.contains(u"Paragraph: n = 12 of 12 personas; 0 open, 0 not usable."_s));
-        QVERIFY(said.contains(u"Table: Tea | 1 | 9 | 75 %"_s));
-        QVERIFY(said.contains(u"Table: Milk | 3 | 0 | 0 %"_s));
-        QVERIFY(said.contains(u"Table: Share of the most frequent answer, \u201cTea\u201d | 75 %"_s));
+        QVERIFY(said.contains(u"TextTable: Tea | 1 | 9 | 75 %"_s));
+        QVERIFY(said.contains(u"TextTable: Milk | 3 | 0 | 0 %"_s));
+        QVERIFY(said.contains(u"TextTable: Share of the most frequent answer, \u201cTea\u201d | 75 %"_s));
         // - (3/4 log2 3/4 + 1/4 log2 1/4) / log2 3
-        QVERIFY(said.contains(u"Table: Entropy over its maximum | 0.512"_s));
-        QVERIFY(said.contains(u"Table: Mean position of the chosen label, of 3 | 1.25"_s));
+        QVERIFY(said.contains(u"TextTable: Entropy over its maximum | 0.512"_s));
+        QVERIFY(said.contains(u"TextTable: Mean position of the chosen label, of 3 | 1.25"_s));
         QVERIFY(said.contains(u"Faint: rural | \u201cTea\u201d | 6 | 83.3 % | 0.41"_s));
     }
 
@@ -189,9 +189,9 @@ private Q_SLOTS:
     void several_labels_count_each_and_spread_as_combinations()
     {
         const QStringList said = saidBy(pageOf(2));
-        QVERIFY(said.contains(u"Table: Tea | 1 | 6 | 50 %"_s));
-        QVERIFY(said.contains(u"Table: Milk | 3 | 12 | 100 %"_s));
-        QVERIFY(said.contains(u"Table: Share of the most frequent answer, \u201cTea, Milk\u201d | 50 %"_s));
+        QVERIFY(said.contains(u"TextTable: Tea | 1 | 6 | 50 %"_s));
+        QVERIFY(said.contains(u"TextTable: Milk | 3 | 12 | 100 %"_s));
+        QVERIFY(said.contains(u"TextTable: Share of the most frequent answer, \u201cTea, Milk\u201d | 50 %"_s));
     }
 
     void quotations_are_chosen_by_their_rule()
@@ -211,7 +211,7 @@ private Q_SLOTS:
     {
         const ReadSurvey read(writeProject(folder.filePath(u"empty.ormt"_s)));
         const QStringList said = saidBy(makeReport(*read.survey).blocks);
-        QVERIFY(said.contains(u"Table: Pairs with a usable answer | 0 of 0 (-)"_s));
+        QVERIFY(said.contains(u"TextTable: Pairs with a usable answer | 0 of 0 (-)"_s));
         QVERIFY(said.contains(u"Paragraph: There is no usable answer yet."_s));
     }
 

@@ -89,13 +89,13 @@ private Q_SLOTS:
                        .blocks);
         QVERIFY(said.contains(u"Heading: Against people"_s));
         // The same shares here and there.
-        QVERIFY(said.contains(u"Table: the answers here | - | 0 | -"_s));
+        QVERIFY(said.contains(u"TextTable: the answers here | - | 0 | -"_s));
         // Eleven on the places 1 to 5, one more on the first, all against the first: 2 3 3 2 1 less.
-        QVERIFY2(said.filter(QRegularExpression(uR"(^Table: the answers here \| 0\.455 \| 0\.\d+ \| -$)"_s)).size() ==
-                     1,
-                 qUtf8Printable(said.filter(u"Table: "_s).join(u'\n')));
+        QVERIFY2(
+            said.filter(QRegularExpression(uR"(^TextTable: the answers here \| 0\.455 \| 0\.\d+ \| -$)"_s)).size() == 1,
+            qUtf8Printable(said.filter(u"TextTable: "_s).join(u'\n')));
         // Half of the way from the first place to the last.
-        QCOMPARE(said.filter(u"Table: all labels alike | 0.5 | "_s).size(), 1);
+        QCOMPARE(said.filter(u"TextTable: all labels alike | 0.5 | "_s).size(), 1);
         QVERIFY(!said.filter(u"Not scored"_s).filter(u"\u201cCola\u201d (0.5)"_s).isEmpty());
         QVERIFY(!said.filter(u"Figure: Labels / Shares in \u201csimulated\u201d"_s).isEmpty());
     }

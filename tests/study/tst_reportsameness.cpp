@@ -30,11 +30,11 @@ private Q_SLOTS:
     {
         const QStringList said = saidBy(samenessSection(*drinks->survey).blocks);
         // Tea and milk is the answer of all that are rural, milk of all others.
-        QVERIFY2(said.filter(u"Table: 2. Tea, coffee or milk? | rural | 12 | 50 % | 1 | 1 | "_s).size() == 1,
+        QVERIFY2(said.filter(u"TextTable: 2. Tea, coffee or milk? | rural | 12 | 50 % | 1 | 1 | "_s).size() == 1,
                  qUtf8Printable(said.join(u'\n')));
-        QVERIFY(said.filter(u"Table: 3. Why? | - | 12 | 8.3 % | 1 | - | -"_s).size() == 1);
+        QVERIFY(said.filter(u"TextTable: 3. Why? | - | 12 | 8.3 % | 1 | - | -"_s).size() == 1);
         // 0, 4 and 8 against the others: 9 of 143 squares.
-        QVERIFY(said.filter(u"Table: 4. How many cups? | young | 12 | 8.3 % | 1 | 0.063 | -"_s).size() == 1);
+        QVERIFY(said.filter(u"TextTable: 4. How many cups? | young | 12 | 8.3 % | 1 | 0.063 | -"_s).size() == 1);
     }
 
     void the_same_answers_throughout_are_told_by_name()
@@ -50,10 +50,10 @@ private Q_SLOTS:
         const ReadSurvey read(path);
         const Section section = samenessSection(*read.survey);
         const QStringList said = saidBy(section.blocks);
-        QVERIFY(said.contains(u"Table: Ann, Ben | 2"_s));
-        QVERIFY(said.contains(u"Table: Ann | Ben | 0 | 2"_s));
-        QVERIFY(said.contains(u"Table: Cas | Ann | 0.5 | 2"_s));
-        QVERIFY(said.contains(u"Table: Because it is so warm. | Question 1 | 3"_s));
+        QVERIFY(said.contains(u"TextTable: Ann, Ben | 2"_s));
+        QVERIFY(said.contains(u"TextTable: Ann | Ben | 0 | 2"_s));
+        QVERIFY(said.contains(u"TextTable: Cas | Ann | 0.5 | 2"_s));
+        QVERIFY(said.contains(u"TextTable: Because it is so warm. | Question 1 | 3"_s));
         QStringList flags;
         for (const Flag &flag : section.flags)
             flags << flag.text;

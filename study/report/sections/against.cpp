@@ -61,7 +61,7 @@ QStringList distancesOf(const Question &question, const QList<double> &counts, c
                                 : u"-"_s};
 }
 
-Table distanceTable()
+TextTable distanceTable()
 {
     return {.caption = u"How far from the other side: the answers here, and two that know nothing of the question, all "
                        "labels alike and the other side's other questions pooled."_s,
@@ -84,12 +84,12 @@ void addLabels(Blocks &blocks, const Survey &survey, const Against &against, con
                          : own.question->kind == Kind::MultiChoice ? u"Labels, of all that were named"_s
                                                                    : u"Labels"_s;
     blocks << dumbbellFigure(what, u"simulated"_s, against.name, rows);
-    Table table = distanceTable();
+    TextTable table = distanceTable();
     const QList<double> alike(counts.size(), 1.0);
-    table.rows << Table::Row{QStringList{u"the answers here"_s} + distancesOf(*own.question, counts, other.counts)}
-               << Table::Row{QStringList{u"all labels alike"_s} + distancesOf(*own.question, alike, other.counts)}
-               << Table::Row{QStringList{u"pooled"_s} +
-                             distancesOf(*own.question, pooled(survey, against, other), other.counts)};
+    table.rows << TextTable::Row{QStringList{u"the answers here"_s} + distancesOf(*own.question, counts, other.counts)}
+               << TextTable::Row{QStringList{u"all labels alike"_s} + distancesOf(*own.question, alike, other.counts)}
+               << TextTable::Row{QStringList{u"pooled"_s} +
+                                 distancesOf(*own.question, pooled(survey, against, other), other.counts)};
     blocks << table;
 }
 
@@ -104,14 +104,14 @@ void addNumbersAgainst(Blocks &blocks, const Answers &own, const Counterpart &ot
     for (int step = 0; step <= steps; ++step)
         alike << Weighted{*low + ((*high - *low) * step / steps), 1};
     const QList<Weighted> numbers = weighted(own.numbers);
-    Table table = distanceTable();
+    TextTable table = distanceTable();
     table.caption += u" The range is that of both sides, %1 to %2."_s.arg(shownNumber(*low), shownNumber(*high));
-    table.rows << Table::Row{{u"the answers here"_s,
-                              distanceOrDash(wassersteinNumbers(numbers, other.numbers, *low, *high)), u"-"_s,
-                              distanceOrDash(deviationRatio(numbers, other.numbers))}}
-               << Table::Row{{u"all numbers alike"_s,
-                              distanceOrDash(wassersteinNumbers(alike, other.numbers, *low, *high)), u"-"_s,
-                              distanceOrDash(deviationRatio(alike, other.numbers))}};
+    table.rows << TextTable::Row{{u"the answers here"_s,
+                                  distanceOrDash(wassersteinNumbers(numbers, other.numbers, *low, *high)), u"-"_s,
+                                  distanceOrDash(deviationRatio(numbers, other.numbers))}}
+               << TextTable::Row{{u"all numbers alike"_s,
+                                  distanceOrDash(wassersteinNumbers(alike, other.numbers, *low, *high)), u"-"_s,
+                                  distanceOrDash(deviationRatio(alike, other.numbers))}};
     blocks << table;
 }
 

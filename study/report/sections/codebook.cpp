@@ -25,19 +25,20 @@ QString labelsInWords(const Question &question)
     return words.join(u"; "_s);
 }
 
-Table questionTable(const Survey &survey)
+TextTable questionTable(const Survey &survey)
 {
-    Table table{.caption = u"Questions, and the numbers of their labels."_s,
-                .header = {u"Question"_s, u"Type"_s, u"Labels"_s},
-                .rows = {},
-                .texts = 3};
+    TextTable table{.caption = u"Questions, and the numbers of their labels."_s,
+                    .header = {u"Question"_s, u"Type"_s, u"Labels"_s},
+                    .rows = {},
+                    .texts = 3};
     for (const Question &question : survey.project.questions)
-        table.rows << Table::Row{{u"%1. %2"_s.arg(QString::number(question.number), brief(question.entry.prompt, 90)),
-                                  shownName(question.kind), labelsInWords(question)}};
+        table.rows << TextTable::Row{
+            {u"%1. %2"_s.arg(QString::number(question.number), brief(question.entry.prompt, 90)),
+             shownName(question.kind), labelsInWords(question)}};
     return table;
 }
 
-Table statusTable()
+TextTable statusTable()
 {
     return {.caption = u"What becomes of a pair."_s,
             .header = {u"Status"_s, u"Meaning"_s},
@@ -50,7 +51,7 @@ Table statusTable()
             .texts = 2};
 }
 
-Table formulaTable()
+TextTable formulaTable()
 {
     return {
         .caption = u"How what is told was computed; p is the share of a kind, k the number of kinds."_s,

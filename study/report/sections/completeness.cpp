@@ -44,17 +44,18 @@ static Stored storedBeside(const Survey &survey)
     return stored;
 }
 
-static Table byQuestion(const Survey &survey)
+static TextTable byQuestion(const Survey &survey)
 {
-    Table table{.caption = u"By question."_s,
-                .header = {u"Question"_s, u"Type"_s, u"Usable"_s, u"Open"_s, u"Not usable"_s, u"Share usable"_s},
-                .rows = {},
-                .texts = 2};
+    TextTable table{.caption = u"By question."_s,
+                    .header = {u"Question"_s, u"Type"_s, u"Usable"_s, u"Open"_s, u"Not usable"_s, u"Share usable"_s},
+                    .rows = {},
+                    .texts = 2};
     for (const Answers &answers : survey.answers) {
         const Question &question = *answers.question;
-        table.rows << Table::Row{{u"%1. %2"_s.arg(QString::number(question.number), brief(question.entry.prompt, 90)),
-                                  shownName(question.kind), QString::number(answers.n()), QString::number(answers.open),
-                                  QString::number(answers.unusable), percentOf(answers.n(), answers.all)}};
+        table.rows << TextTable::Row{
+            {u"%1. %2"_s.arg(QString::number(question.number), brief(question.entry.prompt, 90)),
+             shownName(question.kind), QString::number(answers.n()), QString::number(answers.open),
+             QString::number(answers.unusable), percentOf(answers.n(), answers.all)}};
     }
     return table;
 }

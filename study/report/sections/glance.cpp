@@ -21,14 +21,14 @@ Blocks glanceSection(const Survey &survey, const QList<Flag> &flags)
                             "no evidence of what people think, do or want. Nobody was asked."_s,
                             Tone::Notice},
                   Heading{.level = 2, .text = u"At a glance"_s, .anchor = u"glance"_s}};
-    blocks << Table{.caption = {},
-                    .header = {u"What"_s, u"How much"_s},
-                    .rows = {{{u"Personas"_s, QString::number(project.personas.size())}},
-                             {{u"Questions"_s, QString::number(project.questions.size())}},
-                             {{u"Pairs with a usable answer"_s,
-                               u"%1 of %2 (%3)"_s.arg(QString::number(answered), QString::number(pairs),
-                                                      percentOf(answered, pairs))}}},
-                    .texts = 1};
+    blocks << TextTable{.caption = {},
+                        .header = {u"What"_s, u"How much"_s},
+                        .rows = {{{u"Personas"_s, QString::number(project.personas.size())}},
+                                 {{u"Questions"_s, QString::number(project.questions.size())}},
+                                 {{u"Pairs with a usable answer"_s,
+                                   u"%1 of %2 (%3)"_s.arg(QString::number(answered), QString::number(pairs),
+                                                          percentOf(answered, pairs))}}},
+                        .texts = 1};
     blocks << Paragraph{u"SHA-256 of the project file: %1"_s.arg(QString::fromLatin1(project.sha256)), Tone::Faint};
     if (flags.isEmpty()) {
         blocks << Paragraph{u"Nothing stands out by the rules of this report, which says nothing of whether the "

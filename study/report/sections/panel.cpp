@@ -26,12 +26,12 @@ static void addTags(Blocks &blocks, const Survey &survey)
         blocks << Paragraph{u"No persona has a tag."_s};
         return;
     }
-    Table table{.caption = u"Personas by tag; one with several tags counts in each."_s,
-                .header = {u"Tag"_s, u"Personas"_s, u"Share"_s},
-                .rows = {}};
+    TextTable table{.caption = u"Personas by tag; one with several tags counts in each."_s,
+                    .header = {u"Tag"_s, u"Personas"_s, u"Share"_s},
+                    .rows = {}};
     for (const PersonaGroup &group : survey.groups) {
         const qsizetype size = group.personas.size();
-        table.rows << Table::Row{
+        table.rows << TextTable::Row{
             {brief(group.name, 60), QString::number(size), percentOf(size, survey.everybody.size())},
             size < smallGroup};
     }
@@ -47,7 +47,7 @@ static void addOverlaps(Blocks &blocks, const Survey &survey)
     const auto count = std::min(mostOverlapping, groups.size());
     if (count < 2)
         return;
-    Table table{.caption = u"Personas that have both tags."_s, .header = {QString()}, .rows = {}};
+    TextTable table{.caption = u"Personas that have both tags."_s, .header = {QString()}, .rows = {}};
     for (qsizetype row = 0; row < count; ++row) {
         table.header << brief(groups.at(row).name, 24);
         QStringList cells{brief(groups.at(row).name, 60)};
@@ -58,7 +58,7 @@ static void addOverlaps(Blocks &blocks, const Survey &survey)
                                   std::back_inserter(both));
             cells << QString::number(both.size());
         }
-        table.rows << Table::Row{cells};
+        table.rows << TextTable::Row{cells};
     }
     blocks << table;
     if (groups.size() > count)
@@ -87,13 +87,14 @@ static void addAlike(Section &section, const Survey &survey)
     qsizetype personas = 0;
     for (const AlikeTexts &group : groups)
         personas += group.places.size();
-    Table table{.caption = u"Groups in which each text shares %1 or more of its words, three in a row, with another "
-                           "one."_s.arg(percent(nearlyTheSame)),
-                .header = {u"Personas"_s, u"How many"_s, u"Least likeness"_s},
-                .rows = {}};
+    TextTable table{.caption =
+                        u"Groups in which each text shares %1 or more of its words, three in a row, with another "
+                        "one."_s.arg(percent(nearlyTheSame)),
+                    .header = {u"Personas"_s, u"How many"_s, u"Least likeness"_s},
+                    .rows = {}};
     for (const AlikeTexts &group : groups.first(std::min(mostGroupsListed, groups.size()))) {
-        table.rows << Table::Row{{namesOf(survey, group.places), QString::number(group.places.size()),
-                                  group.same ? u"the same text"_s : percent(group.least)}};
+        table.rows << TextTable::Row{{namesOf(survey, group.places), QString::number(group.places.size()),
+                                      group.same ? u"the same text"_s : percent(group.least)}};
     }
     section.blocks << table;
     if (groups.size() > mostGroupsListed)

@@ -60,15 +60,15 @@ bool isUntold(const Question &question)
            });
 }
 
-Table labelTable(const Answers &answers)
+TextTable labelTable(const Answers &answers)
 {
-    Table table{.caption = u"Answers by label; the number is the label's place."_s,
-                .header = {u"Label"_s, u"Number"_s, u"Answers"_s, u"Share of personas"_s},
-                .rows = {}};
+    TextTable table{.caption = u"Answers by label; the number is the label's place."_s,
+                    .header = {u"Label"_s, u"Number"_s, u"Answers"_s, u"Share of personas"_s},
+                    .rows = {}};
     for (qsizetype kind = 0; kind < std::min(mostLabels, answers.kinds.size()); ++kind) {
         const auto count = qsizetype(answers.counts.at(kind));
-        table.rows << Table::Row{{cut(answers.kinds.at(kind), mostOfLabel), QString::number(kind + 1),
-                                  QString::number(count), percentOf(count, answers.n())}};
+        table.rows << TextTable::Row{{cut(answers.kinds.at(kind), mostOfLabel), QString::number(kind + 1),
+                                      QString::number(count), percentOf(count, answers.n())}};
     }
     return table;
 }
@@ -119,7 +119,7 @@ void addNumbers(Blocks &blocks, const Answers &answers)
 {
     const QList<double> &numbers = answers.numbers;
     blocks << histogramFigure(u"How often each range of numbers was given"_s, histogram(numbers));
-    blocks << Table{
+    blocks << TextTable{
         .caption = {},
         .header = {u"Mean"_s, u"Standard deviation"_s, u"Least"_s, u"First quarter"_s, u"Median"_s, u"Third quarter"_s,
                    u"Most"_s},
@@ -140,12 +140,12 @@ QList<double> lengthsOf(const Answers &answers)
 void addText(Blocks &blocks, const Answers &answers)
 {
     blocks << histogramFigure(u"Lengths of the answers in characters"_s, histogram(lengthsOf(answers)));
-    Table table{.caption = u"The words that occur in most answers, without the commonest ones of English."_s,
-                .header = {u"Word"_s, u"Answers"_s, u"Share"_s, u"Times"_s},
-                .rows = {}};
+    TextTable table{.caption = u"The words that occur in most answers, without the commonest ones of English."_s,
+                    .header = {u"Word"_s, u"Answers"_s, u"Share"_s, u"Times"_s},
+                    .rows = {}};
     for (const FrequentWord &word : frequentWords(answers.given, mostWords)) {
-        table.rows << Table::Row{{brief(word.word, 60), QString::number(word.texts), percentOf(word.texts, answers.n()),
-                                  QString::number(word.times)}};
+        table.rows << TextTable::Row{{brief(word.word, 60), QString::number(word.texts),
+                                      percentOf(word.texts, answers.n()), QString::number(word.times)}};
     }
     if (!table.rows.isEmpty())
         blocks << table;
@@ -184,36 +184,36 @@ QString mostFrequentAnswer(const Answers &answers, const MostFrequent &most)
 }
 
 /// What is said of spread: how much of one kind the answers are.
-Table spreadTable(const Answers &answers)
+TextTable spreadTable(const Answers &answers)
 {
     const QList<double> counts = answers.wholeCounts();
-    Table table{.caption = u"How far the answers spread; see the codebook for the formulas."_s,
-                .header = {u"What"_s, u"Value"_s},
-                .rows = {},
-                .texts = 1};
+    TextTable table{.caption = u"How far the answers spread; see the codebook for the formulas."_s,
+                    .header = {u"What"_s, u"Value"_s},
+                    .rows = {},
+                    .texts = 1};
     if (const auto most = mostFrequent(counts))
-        table.rows << Table::Row{
+        table.rows << TextTable::Row{
             {u"Share of the most frequent answer, %1"_s.arg(mostFrequentAnswer(answers, *most)), percent(most->share)}};
-    table.rows << Table::Row{{u"Entropy over its maximum"_s, shownOf(normalisedEntropy(counts))}};
+    table.rows << TextTable::Row{{u"Entropy over its maximum"_s, shownOf(normalisedEntropy(counts))}};
     const Question &question = *answers.question;
     QList<double> places;
     if (question.hasList() && question.kind != Kind::MultiChoice && question.kind != Kind::Ranking) {
         for (const int code : answers.codes)
             places << code + 1;
-        table.rows << Table::Row{
+        table.rows << TextTable::Row{
             {u"Mean position of the chosen label, of %1"_s.arg(question.labels.size()), shownOf(mean(places))}};
     }
     if (question.kind == Kind::Likert && !places.isEmpty())
-        table.rows << Table::Row{{u"Standard deviation of the position"_s, shownOf(standardDeviation(places))}};
+        table.rows << TextTable::Row{{u"Standard deviation of the position"_s, shownOf(standardDeviation(places))}};
     return table;
 }
 
-Table::Row groupRow(const QString &name, const Answers &answers)
+TextTable::Row groupRow(const QString &name, const Answers &answers)
 {
     const auto most = mostFrequent(answers.wholeCounts());
-    Table::Row row{{name, most ? mostFrequentAnswer(answers, *most) : u"-"_s, QString::number(answers.n()),
-                    most ? percent(most->share) : u"-"_s, shownOf(normalisedEntropy(answers.wholeCounts()))},
-                   answers.n() < smallGroup};
+    TextTable::Row row{{name, most ? mostFrequentAnswer(answers, *most) : u"-"_s, QString::number(answers.n()),
+                        most ? percent(most->share) : u"-"_s, shownOf(normalisedEntropy(answers.wholeCounts()))},
+                       answers.n() < smallGroup};
     const bool isNumeric = answers.question->kind == Kind::Numeric;
     const bool isText = answers.question->kind == Kind::Text;
     if (isNumeric)
@@ -223,13 +223,13 @@ Table::Row groupRow(const QString &name, const Answers &answers)
     return row;
 }
 
-Table tagTable(const Survey &survey, const Answers &answers, int place)
+TextTable tagTable(const Survey &survey, const Answers &answers, int place)
 {
-    Table table{.caption = u"The same by tag; rows of fewer than %1 answers are faint, since chance alone may have "
-                           "made them."_s.arg(smallGroup),
-                .header = {u"Tag"_s, u"Most frequent answer"_s, u"n"_s, u"Its share"_s, u"Entropy"_s},
-                .rows = {groupRow(u"all"_s, answers)},
-                .texts = 2};
+    TextTable table{.caption = u"The same by tag; rows of fewer than %1 answers are faint, since chance alone may have "
+                               "made them."_s.arg(smallGroup),
+                    .header = {u"Tag"_s, u"Most frequent answer"_s, u"n"_s, u"Its share"_s, u"Entropy"_s},
+                    .rows = {groupRow(u"all"_s, answers)},
+                    .texts = 2};
     if (answers.question->kind == Kind::Numeric)
         table.header << u"Mean"_s << u"Standard deviation"_s;
     if (answers.question->kind == Kind::Text)

@@ -75,9 +75,9 @@ Association strongest(const Survey &survey, const Answers &answers)
     return best;
 }
 
-Table sameByQuestion(const Survey &survey)
+TextTable sameByQuestion(const Survey &survey)
 {
-    Table table{
+    TextTable table{
         .caption = u"By question: how much the answers are one, and the tag that goes with them most (eta "
                    "squared for numbers, Cram\u00e9r's V for the others, and the same corrected for chance)."_s,
         .header = {u"Question"_s, u"Tag"_s, u"n"_s, u"Most frequent"_s, u"Entropy"_s, u"By tag"_s, u"Corrected"_s},
@@ -88,7 +88,7 @@ Table sameByQuestion(const Survey &survey)
         const auto most = mostFrequent(counts);
         const Association association = strongest(survey, answers);
         const bool isNumeric = answers.question->kind == Kind::Numeric;
-        table.rows << Table::Row{
+        table.rows << TextTable::Row{
             {u"%1. %2"_s.arg(QString::number(answers.question->number), brief(answers.question->entry.prompt, 60)),
              association.value ? brief(association.tag, 40) : u"-"_s, QString::number(answers.n()),
              most ? percent(most->share) : u"-"_s, valueOrDash(normalisedEntropy(counts)),
@@ -140,9 +140,9 @@ void addIdentical(Section &section, const Survey &survey, const MixedRows &rows)
         return;
     }
     qsizetype personas = 0;
-    Table table{.caption = u"Groups that gave the same answer to each question."_s,
-                .header = {u"Personas"_s, u"How many"_s},
-                .rows = {}};
+    TextTable table{.caption = u"Groups that gave the same answer to each question."_s,
+                    .header = {u"Personas"_s, u"How many"_s},
+                    .rows = {}};
     for (const QList<int> &group : groups) {
         personas += group.size();
         if (table.rows.size() == mostGroupsOfSame)
@@ -152,7 +152,7 @@ void addIdentical(Section &section, const Survey &survey, const MixedRows &rows)
             names << survey.nameOf(place);
         if (names.size() < group.size())
             names << u"..."_s;
-        table.rows << Table::Row{{names.join(u", "_s), QString::number(group.size())}};
+        table.rows << TextTable::Row{{names.join(u", "_s), QString::number(group.size())}};
     }
     section.blocks << table;
     if (groups.size() > mostGroupsOfSame)
@@ -198,15 +198,15 @@ void addNeighbours(Blocks &blocks, const Survey &survey, const MixedRows &rows)
         "differ as far as they can. Median %1, least %2, most %3."_s.arg(
             valueOrDash(median(distances)), valueOrDash(quantile(distances, 0)), valueOrDash(quantile(distances, 1)))};
     blocks << histogramFigure(u"Distance of each persona to its nearest neighbour"_s, histogram(distances));
-    Table table{.caption = u"The nearest ones."_s,
-                .header = {u"Persona"_s, u"Nearest"_s, u"Distance"_s, u"Questions both answered"_s},
-                .rows = {},
-                .texts = 2};
+    TextTable table{.caption = u"The nearest ones."_s,
+                    .header = {u"Persona"_s, u"Nearest"_s, u"Distance"_s, u"Questions both answered"_s},
+                    .rows = {},
+                    .texts = 2};
     const QList<int> places = nearestFirst(nearest);
     for (const int row : places.first(std::min(mostPairs, places.size()))) {
         const MixedRows::Neighbour &neighbour = *nearest.at(row);
-        table.rows << Table::Row{{survey.nameOf(row), survey.nameOf(neighbour.row), shownNumber(neighbour.distance),
-                                  QString::number(neighbour.shared)}};
+        table.rows << TextTable::Row{{survey.nameOf(row), survey.nameOf(neighbour.row), shownNumber(neighbour.distance),
+                                      QString::number(neighbour.shared)}};
     }
     blocks << table;
 }
@@ -245,12 +245,12 @@ void addSameTexts(Section &section, const Survey &survey)
     }
     std::stable_sort(found.begin(), found.end(),
                      [](const SameText &a, const SameText &b) { return a.personas > b.personas; });
-    Table table{.caption = u"Texts and reasoning of %1 characters or more, word for word."_s.arg(shortestSaid),
-                .header = {u"Text"_s, u"Where"_s, u"Personas"_s},
-                .rows = {},
-                .texts = 2};
+    TextTable table{.caption = u"Texts and reasoning of %1 characters or more, word for word."_s.arg(shortestSaid),
+                    .header = {u"Text"_s, u"Where"_s, u"Personas"_s},
+                    .rows = {},
+                    .texts = 2};
     for (const SameText &same : found.first(std::min(mostSameTexts, found.size())))
-        table.rows << Table::Row{{cut(same.text, 200), same.place, QString::number(same.personas)}};
+        table.rows << TextTable::Row{{cut(same.text, 200), same.place, QString::number(same.personas)}};
     section.blocks << table;
     if (found.size() > mostSameTexts)
         section.blocks << Paragraph{u"The %1 most frequent of %2."_s.arg(mostSameTexts).arg(found.size()), Tone::Faint};
