@@ -63,7 +63,6 @@ SoakReply SoakReplies::next(const SoakQuestion &question, bool again)
 {
     if (!again) {
         lasting.reset();
-        stump = 0;
         repeated = false;
     }
     SoakReply chosen;
@@ -73,22 +72,10 @@ SoakReply SoakReplies::next(const SoakQuestion &question, bool again)
         chosen = oneIn(share) ? fault(question) : whole(question);
         chosen.reply = delivered(chosen.reply);
     }
-    repeated |= chosen.reply.end == End::DroppedBeforeHead || chosen.reply.end == End::Raw || chosen.reply.code < 200;
-    return behindStump(chosen);
-}
-
-/// Fewer bytes than "HTTP/" has are not judged by Qt but kept, and stand before the reply to the repeated POST, which
-/// can't be read then: it is paid for and asked for once more.
-SoakReply SoakReplies::behindStump(SoakReply reply)
-{
-    static constexpr qsizetype judged = 5;
-    if (stump > 0)
-        reply.answer.reset();
-    if (stump > 0 || reply.reply.end == End::Raw)
-        stump += reply.reply.bytes().size();
-    if (stump >= judged)
-        stump = 0;
-    return reply;
+    const int code = chosen.reply.code;
+    repeated |= chosen.reply.end == End::DroppedBeforeHead || chosen.reply.end == End::Raw || code < 200 ||
+                code == 307 || code == 308;
+    return chosen;
 }
 
 QString SoakReplies::words(int least, int most)
@@ -211,8 +198,9 @@ SoakReply SoakReplies::fault(const SoakQuestion &question)
         lasting = failing(name, reply);
         return *lasting;
     };
-    // Behind a POST that Qt has repeated on its own, what makes it repeat or go elsewhere once more has no certain end:
-    // it may follow a redirection and repeat the POST beside it, or give up and have sent the POST again all the same.
+    // Behind a POST that Qt has sent again on its own, what makes it repeat or go elsewhere once more has no certain
+    // end: it may follow a redirection and repeat the POST beside it, or give up and have sent the POST again all the
+    // same, or take its body for read before it has sent it for the third time.
     const int kind = random.bounded(repeated ? 8 : 14);
     switch (kind) {
     case 0:
@@ -261,6 +249,8 @@ Reply SoakReplies::redirection(bool elsewhere)
     return Reply::status(code, "{}").with("Location"_ba, target);
 }
 
+/// Of at least as many bytes as "HTTP/" has: fewer are not judged by Qt but kept, and may then stand before the reply
+/// to the repeated POST.
 QByteArray SoakReplies::garbage()
 {
     switch (random.bounded(5)) {
@@ -274,7 +264,7 @@ QByteArray SoakReplies::garbage()
         break;
     }
     QByteArray bytes;
-    for (int count = random.bounded(1, oneIn(2) ? 8 : 300); count > 0; --count)
+    for (int count = random.bounded(5, oneIn(2) ? 12 : 300); count > 0; --count)
         bytes += char(random.bounded(256));
     return bytes;
 }

@@ -53,7 +53,6 @@ private:
     QString objectText(const SoakQuestion &question, SoakAnswer &answer);
     QJsonValue value(bool numeric, SoakAnswer &answer);
     QString proseText(const SoakQuestion &question, SoakAnswer &answer);
-    SoakReply behindStump(SoakReply reply);
     SoakReply whole(const SoakQuestion &question);
     SoakReply fault(const SoakQuestion &question);
     SoakReply unusable();
@@ -65,6 +64,5 @@ private:
     int share;
     std::optional<SoakReply> lasting; ///< goes on until the pair is given up
     bool repeated = false;            ///< Qt has sent the POST again on its own
-    qsizetype stump = 0;              ///< bytes that Qt has kept of what is no HTTP
     std::map<std::string, int> counts;
 };

@@ -67,7 +67,7 @@ private Q_SLOTS:
     void file_is_its_owners_alone_from_the_first_start_to_the_erasing_data()
     {
         QTest::addColumn<mode_t>("mask");
-        for (const mode_t mask : {0, 022, 077})
+        for (const mode_t mask : {mode_t(0), mode_t(022), mode_t(077)})
             QTest::addRow("umask %03o", mask) << mask;
     }
     void file_is_its_owners_alone_from_the_first_start_to_the_erasing()
