@@ -1,14 +1,40 @@
-orrinet_tests(study
+# A program for each part of orrinet-study, as its folders are.
+function(orrinet_study_tests folder)
+    orrinet_tests(${folder} ${ARGN})
+    string(REPLACE "/" "-" program tests-${folder})
+    target_link_libraries(${program} PRIVATE orrinet-study-parts)
+    add_dependencies(${program} orrinet-study)
+    target_compile_definitions(${program} PRIVATE ORRINET_STUDY="$<TARGET_FILE:orrinet-study>")
+endfunction()
+
+orrinet_study_tests(study
     CLASSES
         tst_cells
+        tst_match
+        tst_studyproject)
+
+orrinet_study_tests(study/export
+    SOURCES
+        statread.cpp
+        statread.h
+        tableshow.cpp
+        tableshow.h
+    CLASSES
         tst_csv
         tst_export
         tst_exportjson
         tst_exportlosses
         tst_exportnames
         tst_exporttables
-        tst_flawed
-        tst_match
+        tst_statfiles
+        tst_workbook)
+target_link_libraries(tests-study-export PRIVATE ${ORRINET_readstat_LIBRARY})
+
+orrinet_study_tests(study/report
+    SOURCES
+        reportsample.cpp
+        reportsample.h
+    CLASSES
         tst_plots
         tst_report
         tst_reportagainst
@@ -17,20 +43,11 @@ orrinet_tests(study
         tst_reportphrases
         tst_reportrecorded
         tst_reportsameness
-        tst_reportwording
-        tst_statfiles
+        tst_reportwording)
+
+orrinet_study_tests(study/statistics
+    CLASSES
+        tst_flawed
         tst_statistics
         tst_statisticspanel
-        tst_statisticsproof
-        tst_studyproject
-        tst_workbook
-    SOURCES
-        reportsample.cpp
-        reportsample.h
-        statread.cpp
-        statread.h
-        tableshow.cpp
-        tableshow.h)
-target_link_libraries(tests-study PRIVATE orrinet-study-parts ${ORRINET_readstat_LIBRARY})
-add_dependencies(tests-study orrinet-study)
-target_compile_definitions(tests-study PRIVATE ORRINET_STUDY="$<TARGET_FILE:orrinet-study>")
+        tst_statisticsproof)

@@ -1,7 +1,7 @@
 // What a report says of how much the answers are one, and of the words in them.
 
 #include "study/report/sections/sections.h"
-#include "tests/study/reportsample.h"
+#include "tests/study/report/reportsample.h"
 #include "tests/support/entries.h"
 #include "tests/support/sidedatabase.h"
 #include "tests/support/testcase.h"

@@ -1,7 +1,7 @@
 // Tables as CSV, read back.
 
 #include "study/export/csv.h"
-#include "tests/study/tableshow.h"
+#include "tests/study/export/tableshow.h"
 #include "tests/support/sidedatabase.h"
 #include "tests/support/testcase.h"
 

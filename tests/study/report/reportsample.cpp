@@ -1,4 +1,4 @@
-#include "tests/study/reportsample.h"
+#include "tests/study/report/reportsample.h"
 
 #include "tests/support/entries.h"
 #include "tests/support/sidedatabase.h"

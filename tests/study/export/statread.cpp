@@ -1,4 +1,4 @@
-#include "tests/study/statread.h"
+#include "tests/study/export/statread.h"
 
 #include "study/export/format.h"
 

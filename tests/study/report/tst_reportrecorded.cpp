@@ -1,7 +1,7 @@
 // What a record tells of how the answers came about.
 
 #include "study/report/recorded.h"
-#include "tests/study/reportsample.h"
+#include "tests/study/report/reportsample.h"
 #include "tests/support/program.h"
 #include "tests/support/sidedatabase.h"
 #include "tests/support/testcase.h"

@@ -2,7 +2,7 @@
 
 #include "study/export/dta.h"
 #include "study/export/sav.h"
-#include "tests/study/statread.h"
+#include "tests/study/export/statread.h"
 #include "tests/support/testcase.h"
 
 #include <QFile>

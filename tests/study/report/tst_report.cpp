@@ -1,7 +1,7 @@
 // What the sections of a report say of small projects.
 
 #include "study/report/report.h"
-#include "tests/study/reportsample.h"
+#include "tests/study/report/reportsample.h"
 #include "tests/support/entries.h"
 #include "tests/support/sidedatabase.h"
 #include "tests/support/testcase.h"

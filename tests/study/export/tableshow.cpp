@@ -1,4 +1,4 @@
-#include "tests/study/tableshow.h"
+#include "tests/study/export/tableshow.h"
 
 #include "study/export/format.h"
 

@@ -2,7 +2,7 @@
 
 #include "study/report/html.h"
 #include "study/report/report.h"
-#include "tests/study/reportsample.h"
+#include "tests/study/report/reportsample.h"
 #include "tests/support/entries.h"
 #include "tests/support/program.h"
 #include "tests/support/sidedatabase.h"

@@ -3,7 +3,7 @@
 #include "study/export/codebook.h"
 #include "study/export/longtable.h"
 #include "study/export/widetable.h"
-#include "tests/study/tableshow.h"
+#include "tests/study/export/tableshow.h"
 #include "tests/support/entries.h"
 #include "tests/support/sidedatabase.h"
 #include "tests/support/testcase.h"

@@ -180,7 +180,7 @@ private:
 
     int member(int number) const
     {
-        return project.personaIndex(u"00000000-0000-4000-8000-%1"_s.arg(number, 12, 10, u'0'));
+        return project.personaIndex(u"00000000-0000-4000-8000-%1"_s.arg(number, 12, 10, QLatin1Char('0')));
     }
 
     /// The numbers of those to which some answer has a status.

@@ -2,7 +2,7 @@
 
 #include "study/report/pdf.h"
 #include "study/report/report.h"
-#include "tests/study/reportsample.h"
+#include "tests/study/report/reportsample.h"
 #include "tests/support/program.h"
 #include "tests/support/sidedatabase.h"
 #include "tests/support/testcase.h"

@@ -1,6 +1,6 @@
 // The program's export: which files it writes, and what it says.
 
-#include "tests/study/statread.h"
+#include "tests/study/export/statread.h"
 #include "tests/support/entries.h"
 #include "tests/support/program.h"
 #include "tests/support/sidedatabase.h"

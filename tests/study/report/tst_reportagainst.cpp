@@ -3,7 +3,7 @@
 #include "study/report/against.h"
 #include "study/report/csv.h"
 #include "study/report/sections/sections.h"
-#include "tests/study/reportsample.h"
+#include "tests/study/report/reportsample.h"
 #include "tests/support/program.h"
 #include "tests/support/sidedatabase.h"
 #include "tests/support/testcase.h"
