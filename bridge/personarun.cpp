@@ -4,8 +4,6 @@
 #include "project/schemascript.h"
 #include "survey/surveyrunner.h"
 
-#include <QSqlQuery>
-
 using namespace Qt::StringLiterals;
 
 namespace bridge {
@@ -25,6 +23,7 @@ PersonaRun::~PersonaRun()
 {
     // The runner holds a copy of the handle.
     qDeleteAll(findChildren<SurveyRunner *>());
+    answersBehind.reset();
     database = QSqlDatabase();
     QSqlDatabase::removeDatabase(name);
 }
@@ -36,8 +35,12 @@ bool PersonaRun::fill(const AnswerFile &file, qint64 persona)
     // What the window takes where a project has none.
     if (!readBoilerplate(database))
         insertDefaultBoilerplate(database);
+    QSqlQuery newest(u"SELECT MAX(id) FROM responses"_s, database);
+    lastRead = newest.next() ? newest.value(0).toLongLong() : 0;
     kept();
-    return true;
+    answersBehind.emplace(database);
+    return answersBehind->prepare(u"SELECT id, persona_uuid, question_id, text_answer, numeric_answer, json_answer, "
+                                  "created_at FROM responses WHERE id > ? ORDER BY id"_s);
 }
 
 void PersonaRun::start()
@@ -47,29 +50,19 @@ void PersonaRun::start()
     runner->start();
 }
 
-QList<StoredAnswer> PersonaRun::newAnswers() const
+QList<StoredAnswer> PersonaRun::newAnswers()
 {
-    QSqlQuery query(database);
-    query.prepare(u"SELECT persona_uuid, question_id, text_answer, numeric_answer, json_answer, created_at "
-                  "FROM responses WHERE id > ? ORDER BY id"_s);
-    query.addBindValue(lastKept);
+    QSqlQuery &query = *answersBehind;
+    query.bindValue(0, lastKept);
     query.exec();
     QList<StoredAnswer> answers;
-    while (query.next())
+    while (query.next()) {
+        lastRead = query.value(0).toLongLong();
         answers.append(
-            {query.value(0), query.value(1), query.value(2), query.value(3), query.value(4), query.value(5)});
+            {query.value(1), query.value(2), query.value(3), query.value(4), query.value(5), query.value(6)});
+    }
+    query.finish();
     return answers;
-}
-
-void PersonaRun::kept()
-{
-    lastKept = newestAnswer();
-}
-
-qint64 PersonaRun::newestAnswer() const
-{
-    QSqlQuery query(u"SELECT MAX(id) FROM responses"_s, database);
-    return query.next() ? query.value(0).toLongLong() : 0;
 }
 
 } // namespace bridge

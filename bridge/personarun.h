@@ -3,6 +3,9 @@
 #include "bridge/answerfile.h"
 
 #include <QObject>
+#include <QSqlQuery>
+
+#include <optional>
 
 namespace bridge {
 
@@ -21,17 +24,19 @@ public:
     /// Asks the first open question, if there is one; the end may come before this returns.
     void start();
     /// The answers that have come since the last call of kept().
-    QList<StoredAnswer> newAnswers() const;
-    void kept();
+    QList<StoredAnswer> newAnswers();
+    /// They are safe.
+    void kept() { lastKept = lastRead; }
 
 Q_SIGNALS:
     void finished();
 
 private:
-    qint64 newestAnswer() const;
-
     QString name;
     QSqlDatabase database;
+    /// Prepared once: every persona under way is asked for its answers at each request.
+    std::optional<QSqlQuery> answersBehind;
+    qint64 lastRead = 0;
     qint64 lastKept = 0;
 };
 

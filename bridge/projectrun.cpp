@@ -65,7 +65,7 @@ void ProjectRun::leave(PersonaRun *run)
 void ProjectRun::storeAnswers()
 {
     QList<StoredAnswer> answers;
-    for (const PersonaRun *run : std::as_const(active))
+    for (PersonaRun *run : std::as_const(active))
         answers += run->newAnswers();
     if (answers.isEmpty())
         return;
