@@ -1,7 +1,6 @@
 // The example in which everything is wrong at least once: each flaw that it is made for is in it.
 
 #include "study/cells.h"
-#include "study/statistics/distribution.h"
 #include "study/statistics/likeness.h"
 #include "tests/support/sidedatabase.h"
 #include "tests/support/testcase.h"
@@ -13,8 +12,16 @@
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
-using namespace study;
-using Standing = Cells::Standing;
+using study::AlikeTexts;
+using study::alikeTexts;
+using study::Cell;
+using study::Cells;
+using study::Kind;
+using study::Persona;
+using study::Project;
+using study::Question;
+using study::Status;
+using Standing = study::Cells::Standing;
 
 class TestFlawed : public QObject
 {
@@ -25,7 +32,7 @@ private Q_SLOTS:
     {
         const QString path = QStringLiteral(ORRINET_SOURCE_FOLDER "/examples/flawed.ormt");
         QVERIFY(QFileInfo(path).size() < 1'500'000);
-        auto read = readProject(path);
+        auto read = study::readProject(path);
         QVERIFY(std::holds_alternative<Project>(read));
         project = std::move(std::get<Project>(read));
         cells.emplace(project);
@@ -180,7 +187,7 @@ private:
 
     int member(int number) const
     {
-        return project.personaIndex(u"00000000-0000-4000-8000-%1"_s.arg(number, 12, 10, QLatin1Char('0')));
+        return project.personaIndex(u"00000000-0000-4000-8000-%1"_s.arg(number, 12, 10, QChar(u'0')));
     }
 
     /// The numbers of those to which some answer has a status.

@@ -15,30 +15,30 @@
 #include <cmath>
 
 using namespace Qt::StringLiterals;
-using namespace study;
-
-using Value = std::optional<double>;
-using Numbers = QList<double>;
-
-static QString shown(const Value &value)
-{
-    return value ? QString::number(*value, 'g', 12) : u"nothing"_s;
-}
-
-static bool isIn(const Value &value, double low, double high)
-{
-    return value && *value >= low && *value <= high;
-}
-
-/// Sums in another order are rounded in another way.
-static bool isClose(const Value &one, const Value &other)
-{
-    return one && other && std::abs(*one - *other) < 1e-9;
-}
-
-static const double none = std::numeric_limits<double>::quiet_NaN();
-static const double endless = std::numeric_limits<double>::infinity();
-static const double largest = std::numeric_limits<double>::max();
+using study::agreement;
+using study::Bin;
+using study::codesOf;
+using study::countsOf;
+using study::cramersV;
+using study::cramersVCorrected;
+using study::crossTable;
+using study::CrossTable;
+using study::deviationRatio;
+using study::entropy;
+using study::etaSquared;
+using study::histogram;
+using study::jensenShannonDistance;
+using study::mean;
+using study::median;
+using study::mostFrequent;
+using study::normalisedEntropy;
+using study::quantile;
+using study::standardDeviation;
+using study::wassersteinNumbers;
+using study::wassersteinOrdered;
+using study::weighted;
+using study::Weighted;
+using study::weightedPlaces;
 
 class TestStatistics : public QObject
 {
@@ -49,7 +49,7 @@ private Q_SLOTS:
     {
         QCOMPARE(countsOf({0, 2, 2, -1, 3, 7}, 3), (Numbers{1, 0, 2}));
         QCOMPARE(countsOf({0}, 0), Numbers());
-        const CodedTexts coded = codesOf({u"b"_s, QString(), u"a"_s, u"b"_s, u""_s});
+        const study::CodedTexts coded = codesOf({u"b"_s, QString(), u"a"_s, u"b"_s, u""_s});
         QCOMPARE(coded.codes, (QList<int>{0, -1, 1, 0, 2}));
         QCOMPARE(coded.kinds, (QStringList{u"b"_s, u"a"_s, u""_s}));
     }
@@ -310,6 +310,21 @@ private Q_SLOTS:
             }
         }
     }
+
+private:
+    using Value = std::optional<double>;
+    using Numbers = QList<double>;
+
+    static constexpr double none = std::numeric_limits<double>::quiet_NaN();
+    static constexpr double endless = std::numeric_limits<double>::infinity();
+    static constexpr double largest = std::numeric_limits<double>::max();
+
+    static QString shown(const Value &value) { return value ? QString::number(*value, 'g', 12) : u"nothing"_s; }
+
+    static bool isIn(const Value &value, double low, double high) { return value && *value >= low && *value <= high; }
+
+    /// Sums in another order are rounded in another way.
+    static bool isClose(const Value &one, const Value &other) { return one && other && std::abs(*one - *other) < 1e-9; }
 };
 
 ORRINET_TEST(TestStatistics)

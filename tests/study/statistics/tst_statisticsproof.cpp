@@ -21,29 +21,20 @@
 #include <cmath>
 
 using namespace Qt::StringLiterals;
-using namespace study;
-
-using Numbers = QList<double>;
-
-static Numbers listOf(const QJsonValue &array)
-{
-    Numbers numbers;
-    for (const QJsonArray elements = array.toArray(); const QJsonValue &element : elements)
-        numbers << element.toDouble();
-    return numbers;
-}
-
-/// Null is nothing.
-static bool agrees(const std::optional<double> &ours, const QJsonValue &theirs)
-{
-    if (theirs.isNull() || !ours)
-        return theirs.isNull() && !ours;
-    const double other = theirs.toDouble();
-    const bool is = theirs.isDouble() && std::abs(*ours - other) <= 1e-9 * std::max(1.0, std::abs(other));
-    if (!is)
-        qWarning("%.17g is not %.17g", *ours, other);
-    return is;
-}
+using study::AlikeTexts;
+using study::Bin;
+using study::Cell;
+using study::Cells;
+using study::CodedTexts;
+using study::CrossTable;
+using study::FrequentWord;
+using study::Kind;
+using study::MixedRows;
+using study::Persona;
+using study::Project;
+using study::Question;
+using study::Status;
+using study::Weighted;
 
 class TestStatisticsProof : public QObject
 {
@@ -53,7 +44,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         const QString tree = QStringLiteral(ORRINET_SOURCE_FOLDER);
-        auto read = readProject(tree + "/examples/flawed.ormt"_L1);
+        auto read = study::readProject(tree + "/examples/flawed.ormt"_L1);
         QVERIFY(std::holds_alternative<Project>(read));
         project = std::move(std::get<Project>(read));
         cells.emplace(project);
@@ -69,9 +60,9 @@ private Q_SLOTS:
             const QJsonObject theirs = entryOf(question);
             const Numbers counts = countsTo(question);
             QCOMPARE(counts, listOf(theirs["counts"_L1]));
-            QVERIFY(agrees(entropy(counts), theirs["entropy"_L1]));
-            QVERIFY(agrees(normalisedEntropy(counts), theirs["normalisedEntropy"_L1]));
-            const auto most = mostFrequent(counts);
+            QVERIFY(agrees(study::entropy(counts), theirs["entropy"_L1]));
+            QVERIFY(agrees(study::normalisedEntropy(counts), theirs["normalisedEntropy"_L1]));
+            const auto most = study::mostFrequent(counts);
             QVERIFY(most && agrees(most->share, theirs["share"_L1]));
             QCOMPARE(most->kind, theirs["mostFrequent"_L1].toInt());
             QCOMPARE(most->ties, theirs["ties"_L1].toInt());
@@ -84,15 +75,15 @@ private Q_SLOTS:
             const QJsonObject theirs = entryOf(question);
             const Numbers ours = numbersTo(question);
             QCOMPARE(ours.size(), theirs["answered"_L1].toInt());
-            QVERIFY(agrees(mean(ours), theirs["mean"_L1]));
-            QVERIFY(agrees(standardDeviation(ours), theirs["standardDeviation"_L1]));
+            QVERIFY(agrees(study::mean(ours), theirs["mean"_L1]));
+            QVERIFY(agrees(study::standardDeviation(ours), theirs["standardDeviation"_L1]));
             const QJsonArray quantiles = theirs["quantiles"_L1].toArray();
             const Numbers parts{0, 0.1, 0.25, 0.5, 0.75, 0.9, 1};
             QCOMPARE(parts.size(), quantiles.size());
             for (qsizetype part = 0; part < parts.size(); ++part)
-                QVERIFY(agrees(quantile(ours, parts.at(part)), quantiles.at(part)));
+                QVERIFY(agrees(study::quantile(ours, parts.at(part)), quantiles.at(part)));
             const QJsonArray theirBins = theirs["bins"_L1].toArray();
-            const QList<Bin> bins = histogram(ours);
+            const QList<Bin> bins = study::histogram(ours);
             QCOMPARE(bins.size(), theirBins.size());
             for (qsizetype place = 0; place < bins.size(); ++place) {
                 QVERIFY(agrees(bins.at(place).from, theirBins.at(place)[0]));
@@ -111,11 +102,11 @@ private Q_SLOTS:
             for (const QString &tag : std::as_const(project.tags)) {
                 if (labels.contains(tag)) {
                     const CrossTable table = byTag(question, tag);
-                    QVERIFY(agrees(cramersV(table), labels[tag][0]));
-                    QVERIFY(agrees(cramersVCorrected(table), labels[tag][1]));
+                    QVERIFY(agrees(study::cramersV(table), labels[tag][0]));
+                    QVERIFY(agrees(study::cramersVCorrected(table), labels[tag][1]));
                     ++compared;
                 } else if (numeric.contains(tag)) {
-                    QVERIFY(agrees(etaSquared(groupsByTag(question, tag)), numeric[tag]));
+                    QVERIFY(agrees(study::etaSquared(groupsByTag(question, tag)), numeric[tag]));
                     ++compared;
                 }
             }
@@ -134,12 +125,13 @@ private Q_SLOTS:
         const auto nearest = rows.nearestNeighbours();
         Numbers known;
         for (int persona = 0; persona < rows.size(); ++persona) {
-            const auto distance = nearest.at(persona) ? std::optional(nearest.at(persona)->distance) : std::nullopt;
-            QVERIFY(agrees(distance, theirs["nearest"_L1][project.personas.at(persona).entry.uuid]));
-            if (distance)
-                known << *distance;
+            const auto &neighbour = nearest.at(persona);
+            if (neighbour)
+                known << neighbour->distance;
+            QVERIFY(agrees(neighbour ? std::optional(neighbour->distance) : std::nullopt,
+                           theirs["nearest"_L1][project.personas.at(persona).entry.uuid]));
         }
-        QVERIFY(agrees(mean(known), theirs["meanNearest"_L1]));
+        QVERIFY(agrees(study::mean(known), theirs["meanNearest"_L1]));
         QCOMPARE(uuidGroups(rows.identicalRows()), theirs["identical"_L1].toArray());
     }
 
@@ -154,11 +146,12 @@ private Q_SLOTS:
             const Numbers ours = countsTo(question.number - 1);
             if (question.kind == Kind::Numeric)
                 continue;
-            QVERIFY(agrees(jensenShannonDistance(ours, people), theirs["jensenShannon"_L1]));
+            QVERIFY(agrees(study::jensenShannonDistance(ours, people), theirs["jensenShannon"_L1]));
             if (question.kind != Kind::Likert)
                 continue;
-            QVERIFY(agrees(wassersteinOrdered(ours, people), theirs["wasserstein"_L1]));
-            QVERIFY(agrees(deviationRatio(weightedPlaces(ours), weightedPlaces(people)), theirs["deviationRatio"_L1]));
+            QVERIFY(agrees(study::wassersteinOrdered(ours, people), theirs["wasserstein"_L1]));
+            QVERIFY(agrees(study::deviationRatio(study::weightedPlaces(ours), study::weightedPlaces(people)),
+                           theirs["deviationRatio"_L1]));
         }
     }
 
@@ -166,16 +159,18 @@ private Q_SLOTS:
     {
         const QJsonObject theirs = expected["against"_L1]["11"_L1].toObject();
         const QList<Weighted> people{{120, 0.2}, {150, 0.35}, {200, 0.25}, {250, 0.15}, {400, 0.05}};
-        const QList<Weighted> ours = weighted(numbersTo(10));
-        QVERIFY(agrees(wassersteinNumbers(ours, people, theirs["low"_L1].toDouble(), theirs["high"_L1].toDouble()),
-                       theirs["wasserstein"_L1]));
-        QVERIFY(agrees(deviationRatio(ours, people), theirs["deviationRatio"_L1]));
+        const QList<Weighted> ours = study::weighted(numbersTo(10));
+        QVERIFY(
+            agrees(study::wassersteinNumbers(ours, people, theirs["low"_L1].toDouble(), theirs["high"_L1].toDouble()),
+                   theirs["wasserstein"_L1]));
+        QVERIFY(agrees(study::deviationRatio(ours, people), theirs["deviationRatio"_L1]));
     }
 
     void agreement_of_two()
     {
         const QJsonObject theirs = expected["agreement"_L1].toObject();
-        const auto found = agreement(codesTo(theirs["one"_L1].toInt() - 1), codesTo(theirs["other"_L1].toInt() - 1));
+        const auto found =
+            study::agreement(codesTo(theirs["one"_L1].toInt() - 1), codesTo(theirs["other"_L1].toInt() - 1));
         QVERIFY(found);
         QCOMPARE(found->pairs, theirs["pairs"_L1].toInt());
         QVERIFY(agrees(found->share, theirs["share"_L1]));
@@ -186,12 +181,12 @@ private Q_SLOTS:
     {
         const QJsonObject theirs = expected["alike"_L1].toObject();
         for (const QJsonArray pairs = theirs["pairs"_L1].toArray(); const QJsonValue &pair : pairs)
-            QVERIFY(agrees(likeness(narrative(pair[0].toString()), narrative(pair[1].toString())), pair[2]));
+            QVERIFY(agrees(study::likeness(narrative(pair[0].toString()), narrative(pair[1].toString())), pair[2]));
         QStringList texts;
         for (const Persona &persona : std::as_const(project.personas))
             texts << persona.entry.attributes;
         QList<QList<int>> groups;
-        for (const QList<AlikeTexts> found = alikeTexts(texts); const AlikeTexts &group : found)
+        for (const QList<AlikeTexts> found = study::alikeTexts(texts); const AlikeTexts &group : found)
             groups << group.places;
         QCOMPARE(uuidGroups(groups), theirs["groups"_L1].toArray());
     }
@@ -207,12 +202,12 @@ private Q_SLOTS:
             if (text.isEmpty() || !std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 128; }))
                 continue;
             texts << text;
-            lengths << characterCount(text);
+            lengths << study::characterCount(text);
         }
         QCOMPARE(lengths, listOf(theirs["lengths"_L1]));
         const QJsonObject words = theirs["words"_L1].toObject();
         int compared = 0;
-        for (const QList<FrequentWord> found = frequentWords(texts, 30); const FrequentWord &word : found) {
+        for (const QList<FrequentWord> found = study::frequentWords(texts, 30); const FrequentWord &word : found) {
             if (!words.contains(word.word))
                 continue;
             QCOMPARE(word.texts, words[word.word][0].toInt());
@@ -223,6 +218,28 @@ private Q_SLOTS:
     }
 
 private:
+    using Numbers = QList<double>;
+
+    static Numbers listOf(const QJsonValue &array)
+    {
+        Numbers numbers;
+        for (const QJsonArray elements = array.toArray(); const QJsonValue &element : elements)
+            numbers << element.toDouble();
+        return numbers;
+    }
+
+    /// Null is nothing.
+    static bool agrees(const std::optional<double> &ours, const QJsonValue &theirs)
+    {
+        if (theirs.isNull() || !ours)
+            return theirs.isNull() && !ours;
+        const double other = theirs.toDouble();
+        const bool is = theirs.isDouble() && std::abs(*ours - other) <= 1e-9 * std::max(1.0, std::abs(other));
+        if (!is)
+            qWarning("%.17g is not %.17g", *ours, other);
+        return is;
+    }
+
     QJsonObject entryOf(int question) const
     {
         return expected["questions"_L1][QString::number(question + 1)].toObject();
@@ -249,7 +266,7 @@ private:
         QStringList texts;
         for (int persona = 0; persona < project.personas.size(); ++persona)
             texts << (isAnswered(persona, question) ? cells->at(persona, question).answer->shown() : QString());
-        return codesOf(texts);
+        return study::codesOf(texts);
     }
 
     Numbers numbersTo(int question) const
@@ -267,16 +284,16 @@ private:
         const Question &asked = project.questions.at(question);
         if (!asked.hasList()) {
             const CodedTexts coded = textsTo(question);
-            return countsOf(coded.codes, int(coded.kinds.size()));
+            return study::countsOf(coded.codes, int(coded.kinds.size()));
         }
         if (asked.kind != Kind::MultiChoice)
-            return countsOf(codesTo(question), int(asked.labels.size()));
+            return study::countsOf(codesTo(question), int(asked.labels.size()));
         QList<int> codes;
         for (int persona = 0; persona < project.personas.size(); ++persona) {
             if (isAnswered(persona, question))
                 codes << cells->at(persona, question).matches.labels;
         }
-        return countsOf(codes, int(asked.labels.size()));
+        return study::countsOf(codes, int(asked.labels.size()));
     }
 
     CrossTable byTag(int question, const QString &tag) const
@@ -284,7 +301,7 @@ private:
         QList<int> has;
         for (const Persona &persona : project.personas)
             has << int(persona.tags.contains(tag));
-        return crossTable(has, codesTo(question), 2, int(project.questions.at(question).labels.size()));
+        return study::crossTable(has, codesTo(question), 2, int(project.questions.at(question).labels.size()));
     }
 
     QList<Numbers> groupsByTag(int question, const QString &tag) const
