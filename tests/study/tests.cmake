@@ -2,7 +2,8 @@ orrinet_tests(study
     CLASSES
         tst_cells
         tst_match
-        tst_studyproject)
+        tst_studyproject
+        tst_studyrecord)
 target_link_libraries(tests-study PRIVATE orrinet-study-parts)
 add_dependencies(tests-study orrinet-study)
 target_compile_definitions(tests-study PRIVATE ORRINET_STUDY="$<TARGET_FILE:orrinet-study>")
