@@ -1,6 +1,8 @@
 orrinet_tests(study
     CLASSES
         tst_cells
+        tst_checkrequests
+        tst_checksizes
         tst_match
         tst_studyproject
         tst_studyrecord)
