@@ -3,6 +3,7 @@ orrinet_tests(study
         tst_cells
         tst_checkrequests
         tst_checksizes
+        tst_checktokens
         tst_match
         tst_studyproject
         tst_studyrecord)
