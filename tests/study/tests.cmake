@@ -1,9 +1,11 @@
 orrinet_tests(study
     CLASSES
         tst_cells
+        tst_checkfindings
         tst_checkrequests
         tst_checksizes
         tst_checktokens
+        tst_checkwording
         tst_match
         tst_studyproject
         tst_studyrecord)
