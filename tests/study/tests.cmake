@@ -1,6 +1,7 @@
 orrinet_tests(study
     CLASSES
         tst_cells
+        tst_check
         tst_checkfindings
         tst_checkrequests
         tst_checksizes
