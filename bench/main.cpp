@@ -65,7 +65,9 @@ int main(int argc, char *argv[])
     addCycleBenchmarks(report, extent);
     addRunBenchmarks(report, extent);
     addBridgeBenchmarks(report, extent);
+#ifdef ORRINET_STUDY
     addStudyBenchmarks(report, extent);
+#endif
     benchmark::RunSpecifiedBenchmarks(&report);
     report.print();
     return 0;

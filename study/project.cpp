@@ -97,6 +97,8 @@ Question questionFrom(const QSqlQuery &query, const QHash<qint64, QStringList> &
     question.searchEnabled = query.value(9).toInt() != 0;
     question.createdAt = query.value(10).toString();
     question.modifiedAt = query.value(11).toString();
+    question.isReplayed = query.value(12).toInt() != 0;
+    question.dependsOnQuestion = query.value(13).toLongLong();
     question.attachments = attachments.value(question.entry.id);
     return question;
 }
@@ -110,7 +112,8 @@ void readQuestionnaire(const QSqlDatabase &file, Project &project)
 
     QSqlQuery query = rowsOf(file, u"SELECT question_id, prompt, judge_question, answer_type, labels, "
                                    "reasoning_required, description, ask_when, depends_on_answer, search_enabled, "
-                                   "created_at, modified_at FROM questions ORDER BY order_num"_s);
+                                   "created_at, modified_at, judge_question=0, depends_on_question_id FROM questions "
+                                   "ORDER BY order_num"_s);
     while (query.next()) {
         Question question = questionFrom(query, attachments);
         question.number = int(project.questions.size()) + 1;
@@ -132,6 +135,15 @@ void readAnswers(const QSqlDatabase &file, Project &project)
                                            .jsonAnswer = query.value(5).toString()},
                                 .createdAt = query.value(6).toString()});
     }
+}
+
+/// What a run finds in a project that has none.
+Boilerplate defaultBoilerplate()
+{
+    const TemporaryConnection memory(u"study-boilerplate"_s, u":memory:"_s);
+    QSqlQuery(memory.database()).exec(u"CREATE TABLE boilerplate (preamble TEXT, postamble TEXT)"_s);
+    insertDefaultBoilerplate(memory.database());
+    return readBoilerplate(memory.database()).value_or(Boilerplate());
 }
 
 QByteArray hashOf(const QString &path)
@@ -156,7 +168,8 @@ std::variant<Project, QString> readProject(const QString &path)
         return u"%1 is no project: %2"_s.arg(path, flaw);
     Project project;
     project.path = path;
-    project.boilerplate = readBoilerplate(file.database()).value_or(Boilerplate());
+    const auto boilerplate = readBoilerplate(file.database());
+    project.boilerplate = boilerplate ? *boilerplate : defaultBoilerplate();
     readPanel(file.database(), project);
     readQuestionnaire(file.database(), project);
     readAnswers(file.database(), project);

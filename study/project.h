@@ -38,7 +38,11 @@ struct Question
     QStringList labels;
     bool labelsParse = true; ///< false where something is stored that is no JSON array of texts
     QString description;
-    QString askWhen; ///< "always" where there is no condition
+    /// Its answers go into what a persona is sent later on. False for an adjudicated question, and for one whose mark
+    /// is no number.
+    bool isReplayed = true;
+    QString askWhen;              ///< "always" where there is no condition
+    qint64 dependsOnQuestion = 0; ///< an id, 0 for none
     QString dependsOnAnswer;
     bool searchEnabled = false;
     QStringList attachments;
@@ -65,8 +69,8 @@ struct Answer
 struct Project
 {
     QString path;
-    QByteArray sha256; ///< of the file, in hex
-    Boilerplate boilerplate;
+    QByteArray sha256;         ///< of the file, in hex
+    Boilerplate boilerplate;   ///< the program's own where the file has none, as it takes that when it opens one
     QStringList tags;          ///< all names, sorted
     QList<Persona> personas;   ///< in the order of a run
     QList<Question> questions; ///< in the order of the questionnaire

@@ -43,7 +43,7 @@ private Q_SLOTS:
         const ProgramRun smoke = bench({u"--smoke"_s});
         QVERIFY2(smoke.status == 0, qPrintable(smoke.errors.join(u'\n')));
         output = smoke.output;
-        QCOMPARE(output.count("\n### "_L1), 11);
+        QCOMPARE(output.count("\n### "_L1), 10);
     }
 
     void table_comes_out_with_its_rows_and_all_their_figures_data()
@@ -83,17 +83,6 @@ private Q_SLOTS:
         QTest::addRow("One answer of a run without a window")
             << QStringList{u"|  | processor time | window's cycle | run : window | memory |"_s,
                            u"|---|---:|---:|---:|---:|"_s, u"| 15x9 | ms | ms | ratio | KB |"_s};
-        const QString study = u"|  | time | per pair | memory | written | sqlite3 | time : sqlite3 |"_s;
-        const QString written = u" | ms | µs | MB | KB |  |  |"_s;
-        QTest::addRow("Before and after a run") << QStringList{study,
-                                                               u"|---|---:|---:|---:|---:|---:|---:|"_s,
-                                                               u"| check, 15x9 | ms | µs | MB |  |  |  |"_s,
-                                                               u"| csv, 15x9 | ms | µs | MB | KB | ms | ratio |"_s,
-                                                               u"| xlsx, 15x9"_s + written,
-                                                               u"| sav, 15x9"_s + written,
-                                                               u"| dta, 15x9"_s + written,
-                                                               u"| json, 15x9"_s + written,
-                                                               u"| report, 15x9"_s + written};
         // What a run has no figure for stays blank.
         QTest::addRow("Runs without a network") << QStringList{
             u"|  | run | per pair | of it the refresh at the end | literal |"_s, u"|---|---:|---:|---:|---:|"_s,

@@ -11,7 +11,17 @@ orrinet_study_tests(study
     CLASSES
         tst_cells
         tst_match
-        tst_studyproject)
+        tst_studyproject
+        tst_studyrecord)
+
+orrinet_study_tests(study/check
+    CLASSES
+        tst_check
+        tst_checkfindings
+        tst_checkrequests
+        tst_checksizes
+        tst_checktokens
+        tst_checkwording)
 
 orrinet_study_tests(study/export
     SOURCES

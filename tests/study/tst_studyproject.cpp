@@ -82,6 +82,39 @@ private Q_SLOTS:
         QCOMPARE(project.sha256, QCryptographicHash::hash(readBytes(path), QCryptographicHash::Sha256).toHex());
     }
 
+    void a_project_without_boilerplate_has_the_one_that_a_run_takes()
+    {
+        const QString path = folder.filePath(u"boilerplate.ormt"_s);
+        SideDatabase file(writeProject(path));
+        QCOMPARE(std::get<Project>(readProject(path)).boilerplate.preamble, u"Act as the following persona."_s);
+        QVERIFY(setBoilerplate(file, QVariant(), u"After."_s));
+        QCOMPARE(std::get<Project>(readProject(path)).boilerplate.preamble, QString());
+        QCOMPARE(std::get<Project>(readProject(path)).boilerplate.postamble, u"After."_s);
+    }
+
+    void answers_are_replayed_as_a_run_replays_them_data()
+    {
+        QTest::addColumn<QVariant>("judge");
+        QTest::addColumn<bool>("isJudge");
+        QTest::addColumn<bool>("isReplayed");
+        QTest::newRow("ordinary") << QVariant(0) << false << true;
+        QTest::newRow("adjudicated") << QVariant(1) << true << false;
+        QTest::newRow("null") << QVariant() << false << false;
+        QTest::newRow("a word") << QVariant(u"no"_s) << false << false;
+    }
+    void answers_are_replayed_as_a_run_replays_them()
+    {
+        QFETCH(const QVariant, judge);
+        const QString path = folder.filePath(u"%1.ormt"_s.arg(QString::fromLatin1(QTest::currentDataTag())));
+        SideDatabase file(writeProject(path));
+        QVERIFY(enter(file, QuestionEntered{.judge = judge}));
+        QVERIFY(file.exec(u"UPDATE questions SET depends_on_question_id=7"_s));
+        const Project project = std::get<Project>(readProject(path));
+        QTEST(project.questions.at(0).entry.judge, "isJudge");
+        QTEST(project.questions.at(0).isReplayed, "isReplayed");
+        QCOMPARE(project.questions.at(0).dependsOnQuestion, 7);
+    }
+
     void what_is_no_project_is_told_in_one_sentence_data()
     {
         QTest::addColumn<QString>("name");
