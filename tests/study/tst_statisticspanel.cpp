@@ -191,6 +191,15 @@ private Q_SLOTS:
         QVERIFY(alikeTexts({}).isEmpty());
     }
 
+    void a_group_is_as_alike_as_its_weakest_link()
+    {
+        // Of 34, 38 and 40 shingles in a row.
+        const QList<AlikeTexts> groups = alikeTexts({text(42), text(36), text(40)}, 0.88);
+        QCOMPARE(groups.size(), 1);
+        QCOMPARE(groups.at(0).places, (QList<int>{0, 1, 2}));
+        QCOMPARE(groups.at(0).least, 34.0 / 38.0);
+    }
+
     void the_threshold_itself_is_alike()
     {
         // Four of five shingles.
