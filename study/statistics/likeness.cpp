@@ -36,7 +36,7 @@ Shingles shinglesOf(const QString &text)
     Shingles shingles;
     const size_t length = std::min(words.size(), size_t(shingleWords));
     for (size_t from = 0; length > 0 && from + length <= words.size(); ++from) {
-        std::uint64_t hash = length;
+        std::uint64_t hash = 0;
         for (size_t word = from; word < from + length; ++word)
             hash = mixed(hash + words[word]);
         shingles.push_back(hash);

@@ -86,7 +86,8 @@ static int binCount(const QList<double> &sorted, int most)
     const double middle = (quantileOf(sorted, 0.75) / 2) - (quantileOf(sorted, 0.25) / 2);
     const auto n = double(sorted.size());
     const double width = middle > 0 ? 2 * middle / std::cbrt(n) : range / (1 + std::log2(n));
-    return int(std::clamp(std::ceil(range / width), 1.0, double(std::max(most, 1))));
+    // The halves of the smallest numbers are 0, and what is divided then is no number.
+    return int(std::fmin(std::fmax(std::ceil(range / width), 1), std::max(most, 1)));
 }
 
 /// The bins between borders, of which there is one more.

@@ -20,7 +20,6 @@ static bool hasLetterOrDigit(QStringView piece)
             isPair ? QChar::surrogateToUcs4(piece.at(at), piece.at(at + 1)) : char32_t(piece.at(at).unicode());
         if (QChar::isLetterOrNumber(character))
             return true;
-        at += isPair ? 1 : 0;
     }
     return false;
 }

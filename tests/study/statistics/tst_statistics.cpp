@@ -143,6 +143,17 @@ private Q_SLOTS:
         QVERIFY(histogram({none}).isEmpty());
     }
 
+    void numbers_at_the_ends_of_their_range_have_bins_too()
+    {
+        const double least = std::numeric_limits<double>::denorm_min();
+        int count = 0;
+        for (const QList<Bin> bins = histogram({0, least, least}); const Bin &bin : bins)
+            count += bin.count;
+        QCOMPARE(count, 3);
+        // A width of 2 * largest / 2^(1/3).
+        QCOMPARE(histogram({-largest, largest}).size(), 2);
+    }
+
     void bins_hold_every_number_once_and_follow_each_other()
     {
         QRandomGenerator dice(testSeed());
@@ -182,6 +193,8 @@ private Q_SLOTS:
         QTest::newRow("a little") << CrossTable{{7, 3}, {4, 6}} << u"0.301511344578"_s << u"0.201007563052"_s;
         QTest::newRow("a kind that doesn't occur")
             << CrossTable{{7, 0, 3}, {4, 0, 6}, {0, 0, 0}} << u"0.301511344578"_s << u"0.201007563052"_s;
+        QTest::newRow("more kinds than groups")
+            << CrossTable{{4, 0, 0}, {0, 3, 2}} << u"1"_s << QString::number(std::sqrt(0.75 / 0.875), 'g', 12);
         QTest::newRow("two pairs") << CrossTable{{1, 0}, {0, 1}} << u"1"_s << u"nothing"_s;
         QTest::newRow("one kind") << CrossTable{{5, 5}} << u"nothing"_s << u"nothing"_s;
         QTest::newRow("empty") << CrossTable{} << u"nothing"_s << u"nothing"_s;
@@ -261,6 +274,8 @@ private Q_SLOTS:
         QCOMPARE(shown(deviationRatio(weighted({4, 6}), {{0, 0.5}, {10, 0.5}})), u"0.2"_s);
         QCOMPARE(shown(deviationRatio(weighted({4}), weighted({0, 10}))), u"0"_s);
         QCOMPARE(shown(deviationRatio(weighted({4, 6}), weighted({5, 5}))), u"nothing"_s);
+        // The mean of what is constant is rounded.
+        QCOMPARE(shown(deviationRatio(weighted({4, 6}), {{0.1, 1}, {0.1, 2}, {0.1, 3}, {0.1, 7}})), u"nothing"_s);
         QCOMPARE(shown(deviationRatio({}, weighted({0, 10}))), u"nothing"_s);
         QCOMPARE(shown(deviationRatio(weightedPlaces({1, 0, 1}), weightedPlaces({1, 1, 1}))),
                  QString::number(std::sqrt(1.5), 'g', 12));

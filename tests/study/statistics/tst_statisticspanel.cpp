@@ -55,6 +55,9 @@ private Q_SLOTS:
         QCOMPARE(shown(sets.distance(0, 2)), u"1"_s);
         QCOMPARE(shown(sets.distance(2, 3)), u"0"_s);
         QCOMPARE(shown(sets.distance(2, 4)), u"nothing"_s);
+        MixedRows manyKinds(2);
+        manyKinds.addSets({Chosen({1}), Chosen({33})}, 64);
+        QCOMPARE(shown(manyKinds.distance(0, 1)), u"1"_s);
 
         MixedRows ranks(5);
         ranks.addRanks({Chosen({0, 1, 2}), Chosen({2, 1, 0}), Chosen({0, 2, 1}), Chosen({2}), Chosen(QList<int>())}, 3);
@@ -191,6 +194,15 @@ private Q_SLOTS:
         QVERIFY(alikeTexts({}).isEmpty());
     }
 
+    void a_group_is_as_alike_as_its_weakest_link()
+    {
+        // Of 34, 38 and 40 shingles in a row.
+        const QList<AlikeTexts> groups = alikeTexts({text(42), text(36), text(40)}, 0.88);
+        QCOMPARE(groups.size(), 1);
+        QCOMPARE(groups.at(0).places, (QList<int>{0, 1, 2}));
+        QCOMPARE(groups.at(0).least, 34.0 / 38.0);
+    }
+
     void the_threshold_itself_is_alike()
     {
         // Four of five shingles.
@@ -239,8 +251,8 @@ private Q_SLOTS:
 
     void the_words_of_most_texts_come_first()
     {
-        const QList<FrequentWord> words =
-            frequentWords({u"The tea and the kettle, the kettle"_s, u"A kettle I have"_s, u"Zest tea b 7"_s}, 3);
+        const QList<FrequentWord> words = frequentWords(
+            {u"The tea and the kettle, the kettle"_s, u"A kettle I have"_s, u"Zest, zest, zest and zest tea b 7"_s}, 3);
         QCOMPARE(words.size(), 3);
         QCOMPARE(words.at(0).word, u"kettle"_s);
         QCOMPARE(words.at(0).texts, 2);
