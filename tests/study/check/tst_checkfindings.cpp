@@ -53,6 +53,13 @@ class TestCheckFindings : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        // A zone in which local time and UTC can't be mistaken for each other.
+        qputenv("TZ", "XST-5");
+        QCOMPARE(QDateTime(QDate(2020, 1, 1), QTime(0, 0)).offsetFromUtc(), 5 * 3600);
+    }
+
     void a_sound_project_has_none()
     {
         QVERIFY(make([](Sql &file) {

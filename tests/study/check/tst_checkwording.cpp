@@ -19,6 +19,13 @@ class TestCheckWording : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        // A zone in which local time and UTC can't be mistaken for each other.
+        qputenv("TZ", "XST-5");
+        QCOMPARE(QDateTime(QDate(2020, 1, 1), QTime(0, 0)).offsetFromUtc(), 5 * 3600);
+    }
+
     void words_are_whole_where_blanks_part_them_data()
     {
         QTest::addColumn<QString>("text");
