@@ -17,9 +17,9 @@ public:
     {
     }
 
-    void add(const QString &value, const QString &label, qsizetype count)
+    void add(const Value &value, const QString &label, qsizetype count)
     {
-        rows.append(head + QList<Value>{textValue(value), textValue(label), double(count), textValue(note)});
+        rows.append(head + QList<Value>{value, textValue(label), double(count), textValue(note)});
     }
 
 private:
@@ -53,11 +53,11 @@ QString noteOn(const Column &column, const QList<Loss> &losses)
     return notes.join("; "_L1);
 }
 
-QString rangeOf(const Summary &summary)
+Value rangeOf(const Summary &summary)
 {
     if (summary.values == 0)
         return {};
-    return u"%1 to %2"_s.arg(numberText(summary.least), numberText(summary.greatest));
+    return u"from %1 to %2"_s.arg(numberText(summary.least), numberText(summary.greatest));
 }
 
 void describe(const Column &column, const Summary &summary, Format format, VariableRows &rows)
@@ -65,10 +65,10 @@ void describe(const Column &column, const Summary &summary, Format format, Varia
     if (column.type == Column::Type::Code) {
         for (int place = 0; place < column.codes.size(); ++place) {
             const int code = column.firstCode + place;
-            rows.add(QString::number(code), column.codes.at(place), summary.codes.value(code));
+            rows.add(double(code), column.codes.at(place), summary.codes.value(code));
         }
     } else {
-        rows.add(column.type == Column::Type::Number ? rangeOf(summary) : QString(), {}, summary.values);
+        rows.add(column.type == Column::Type::Number ? rangeOf(summary) : Value(), {}, summary.values);
     }
     for (qsizetype reason = 0; reason < column.reasons.size(); ++reason) {
         const Status status = column.reasons.at(reason);

@@ -6,14 +6,14 @@ using namespace Qt::StringLiterals;
 
 namespace study {
 
-QString missingMark(Format format, const Column &column, const Summary &summary, qsizetype reason)
+Value missingMark(Format format, const Column &column, const Summary &summary, qsizetype reason)
 {
     if (column.type == Column::Type::Text)
         return {};
     if (format == Format::Sav)
-        return numberText(summary.missingCode(reason));
+        return summary.missingCode(reason);
     if (format == Format::Dta)
-        return QStringLiteral(".") + QChar(u'a' + char16_t(reason));
+        return u".%1"_s.arg(QChar(u'a' + char16_t(reason)));
     return {};
 }
 

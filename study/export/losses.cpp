@@ -1,6 +1,5 @@
 #include "study/export/losses.h"
 
-#include <QLocale>
 #include <QStringList>
 
 using namespace Qt::StringLiterals;
@@ -78,7 +77,7 @@ QByteArray fitted(const QString &text, qsizetype bytes, const QString &column, L
 
 QString cutAt(qsizetype limit, const QString &unit)
 {
-    return u"cut at %1 %2"_s.arg(QLocale::c().toString(limit).replace(u'.', u','), unit);
+    return u"cut at %1 %2"_s.arg(QString::number(limit), unit);
 }
 
 } // namespace study

@@ -12,7 +12,7 @@ namespace study {
 struct Loss
 {
     QString column; ///< name of the variable
-    QString what;   ///< for example "cut at 32,767 characters"
+    QString what;   ///< for example "cut at 32767 characters"
     qsizetype count = 0;
 };
 
@@ -43,7 +43,7 @@ QByteArray cutBytes(const QByteArray &utf8, qsizetype bytes);
 /// A text as UTF-8 that fits, with what it lost counted.
 QByteArray fitted(const QString &text, qsizetype bytes, const QString &column, Losses &losses);
 
-/// "cut at 32,767 bytes"
+/// "cut at 32767 bytes"
 QString cutAt(qsizetype limit, const QString &unit);
 
 } // namespace study

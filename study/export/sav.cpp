@@ -35,6 +35,7 @@ QString mixedUp(const Table &table, const QList<Summary> &summaries)
     QSet<QString> shortNames;
     for (const Column &column : table.columns)
         shortNames.insert(column.name.left(8).toUpper());
+    static const QString letters = u"0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ"_s;
     QSet<QString> stems;
     for (qsizetype place = 0; place < table.columns.size(); ++place) {
         const Column &column = table.columns.at(place);
@@ -42,8 +43,9 @@ QString mixedUp(const Table &table, const QList<Summary> &summaries)
             continue;
         const QString stem = column.name.left(5).toUpper();
         bool isTaken = stems.contains(stem);
-        for (const QChar last : u"0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ"_s)
-            isTaken |= shortNames.contains(stem + last);
+        const qsizetype pieces = (widthOf(summaries.at(place)) + 251) / 252;
+        for (qsizetype piece = 1; piece < pieces; ++piece)
+            isTaken |= shortNames.contains(stem + letters.at(piece % letters.size()));
         if (isTaken)
             return column.name;
         stems.insert(stem);

@@ -3,6 +3,7 @@
 #include "study/export/format.h"
 
 #include <QFile>
+#include <QRegularExpression>
 
 #include <xlsxwriter.h>
 
@@ -27,20 +28,38 @@ static QString xmlText(const QString &text, const QString &column, Losses &losse
         std::replace_if(fit.begin(), fit.end(), isNone, QChar(QChar::ReplacementCharacter));
         losses.add(column, u"characters that are none replaced or left out"_s);
     }
-    if (fit.size() > cellCharacters) {
-        fit.truncate(fit.at(cellCharacters - 1).isHighSurrogate() ? cellCharacters - 1 : cellCharacters);
-        losses.add(column, cutAt(cellCharacters, u"characters"_s));
-    }
     return fit;
 }
 
+/// A spreadsheet takes _x0041_ for an A, which the library leaves to us.
+static QString escapedText(QString text)
+{
+    static const QRegularExpression underscore(u"_(?=x[0-9A-Fa-f]{4}_)"_s);
+    return text.contains("_x"_L1) ? text.replace(underscore, u"_x005F_"_s) : text;
+}
+
+static QString cellText(const QString &text, const QString &column, Losses &losses)
+{
+    QString fit = xmlText(text, column, losses);
+    QString cell = escapedText(fit);
+    if (cell.size() > cellCharacters)
+        losses.add(column, cutAt(cellCharacters, u"characters"_s));
+    // Escaped, a text is at most twice as long.
+    for (; cell.size() > cellCharacters; cell = escapedText(fit)) {
+        fit.truncate(std::min(cellCharacters, fit.size() - ((cell.size() - cellCharacters + 1) / 2)));
+        if (fit.back().isHighSurrogate())
+            fit.chop(1);
+    }
+    return cell;
+}
+
 Workbook::Workbook(const QString &path, const QString &folder)
+    : piecesFolder(QFile::encodeName(folder))
 {
     const QByteArray name = QFile::encodeName(path);
-    const QByteArray pieces = QFile::encodeName(folder);
     lxw_workbook_options options{};
     options.constant_memory = LXW_TRUE;
-    options.tmpdir = pieces.constData();
+    options.tmpdir = piecesFolder.constData();
     options.use_zip64 = LXW_FALSE;
     book = workbook_new_opt(name.constData(), &options);
     if (book == nullptr) {
@@ -80,7 +99,7 @@ void Workbook::writeRow(lxw_worksheet *sheet, qsizetype row, const QList<Value> 
     for (int column = 0; column < values.size(); ++column) {
         const QString &name = columns.at(column).name;
         if (const auto *text = std::get_if<QString>(&values.at(column))) {
-            writeText(sheet, row, column, xmlText(*text, name, losses));
+            writeText(sheet, row, column, cellText(*text, name, losses));
         } else if (const auto *number = std::get_if<double>(&values.at(column))) {
             if (!std::isfinite(*number)) {
                 writeText(sheet, row, column, numberText(*number));

@@ -3,6 +3,8 @@
 #include "study/export/losses.h"
 #include "study/export/table.h"
 
+#include <QByteArray>
+
 struct lxw_format;
 struct lxw_workbook;
 struct lxw_worksheet;
@@ -31,7 +33,8 @@ private:
     /// Keeps the first error.
     void check(int error);
 
-    lxw_workbook *book;
+    QByteArray piecesFolder;
+    lxw_workbook *book = nullptr;
     lxw_format *titleFormat = nullptr;
     int firstError = 0;
 };

@@ -54,7 +54,7 @@ QList<QStringList> readCsv(const QByteArray &csv)
     return row.isEmpty() && cell.isEmpty() && !quoted ? rows : QList<QStringList>();
 }
 
-Table oneColumn(const QList<Value> &values)
+Table csvTable(const QList<Value> &values)
 {
     QList<QList<Value>> rows;
     for (const Value &value : values)
@@ -98,16 +98,16 @@ class TestCsv : public QObject
 private Q_SLOTS:
     void a_table_is_lines_of_cells()
     {
-        const Table table = oneColumn({u"a"_s, Value(), Status::Open, -5.0, 0.1, 1e300, qInf()});
+        const Table table = csvTable({u"a"_s, Value(), Status::Open, -5.0, 0.1, 1e300, qInf()});
         QCOMPARE(written(table), "first,second\r\na,1\r\n,1\r\n,1\r\n-5,1\r\n0.1,1\r\n1e+300,1\r\ninf,1\r\n"_ba);
     }
 
     void a_byte_order_mark_comes_first_where_it_is_asked_for()
     {
-        QVERIFY(written(oneColumn({}), true)
+        QVERIFY(written(csvTable({}), true)
                     .startsWith("\xEF\xBB\xBF"
                                 "first,"));
-        QVERIFY(written(oneColumn({}), false).startsWith("first,"));
+        QVERIFY(written(csvTable({}), false).startsWith("first,"));
     }
 
     void every_text_comes_back()
@@ -116,7 +116,7 @@ private Q_SLOTS:
         for (const QString &text : hostileTexts())
             values << text;
         Losses losses;
-        const QList<QStringList> rows = readCsv(written(oneColumn(values), false, &losses));
+        const QList<QStringList> rows = readCsv(written(csvTable(values), false, &losses));
         QCOMPARE(rows.size(), values.size() + 1);
         for (qsizetype row = 0; row < values.size(); ++row)
             QCOMPARE(rows.at(row + 1), (QStringList{shownValue(values.at(row)), u"1"_s}));
@@ -129,7 +129,7 @@ private Q_SLOTS:
         QList<Value> values;
         for (const QString &text : hostileTexts())
             values << text;
-        const QString csv = writeBytes(folder.filePath(u"long.csv"_s), written(oneColumn(values)));
+        const QString csv = writeBytes(folder.filePath(u"long.csv"_s), written(csvTable(values)));
         const QString database = folder.filePath(u"imported.db"_s);
         QProcess sqlite;
         sqlite.start(u"sqlite3"_s, {database, u".mode csv"_s, u".import \"%1\" imported"_s.arg(csv)});
@@ -152,7 +152,7 @@ private Q_SLOTS:
     {
         QFETCH(const QString, text);
         QFETCH(const bool, isMarked);
-        const QList<QStringList> rows = readCsv(written(oneColumn({text})));
+        const QList<QStringList> rows = readCsv(written(csvTable({text})));
         QCOMPARE(rows.size(), 2);
         QCOMPARE(rows.at(1).at(0), isMarked ? u'\'' + text : text);
     }
@@ -161,7 +161,7 @@ private Q_SLOTS:
     {
         Losses losses;
         const QString text = u"a"_s + QChar(u'\0') + QChar(0xD800);
-        QCOMPARE(readCsv(written(oneColumn({text}), false, &losses)).at(1).at(0), u"a\uFFFD"_s);
+        QCOMPARE(readCsv(written(csvTable({text}), false, &losses)).at(1).at(0), u"a\uFFFD"_s);
         QCOMPARE(losses.list().size(), 1);
         QCOMPARE(losses.list().at(0).column, u"first"_s);
     }

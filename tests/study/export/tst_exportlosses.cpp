@@ -71,7 +71,7 @@ private Q_SLOTS:
         for (int question = 1; question <= 7; ++question)
             losses.add(study::answerName(question), u"wording cut"_s);
         QCOMPARE(study::sentencesOf(u"wide.sav"_s, losses.list()),
-                 (QStringList{u"wide.sav: cut at 32,767 bytes: q1t (2), q2t (1)"_s,
+                 (QStringList{u"wide.sav: cut at 32767 bytes: q1t (2), q2t (1)"_s,
                               u"wide.sav: cut at 80 characters: notes (1)"_s,
                               u"wide.sav: wording cut: q1 (1), q2 (1), q3 (1), q4 (1), q5 (1), and 2 more"_s}));
         QCOMPARE(study::sentencesOf(u"wide.sav"_s, {}), QStringList());

@@ -205,7 +205,8 @@ private Q_SLOTS:
         QStringList labels;
         for (int label = 0; label < 256; ++label)
             labels << u"\"%1\""_s.arg(label);
-        QVERIFY(enter(*file, QuestionEntered{.type = u"multi_choice"_s, .labels = u'[' + labels.join(u',') + u']'}));
+        const QString list = u'[' + labels.join(u',') + u']';
+        QVERIFY(enter(*file, QuestionEntered{.type = u"multi_choice"_s, .labels = list}));
         const Table wide = Tables(read()).wide;
         QStringList names = columnNames(wide);
         QCOMPARE(names.size(), 5 + 300 + 256 + 1);
@@ -236,15 +237,15 @@ private Q_SLOTS:
             if (row.at(1).startsWith(u'q') && !row.at(1).endsWith(u's') && !row.at(1).startsWith("q2"_L1))
                 lines << row.join(u'|');
         }
-        QCOMPARE(
-            lines,
-            (QStringList{u"wide|q1|Which?|1|Option|1|Tea|1|"_s, u"wide|q1|Which?|1|Option|2|Milk|0|"_s,
-                         u"wide|q1|Which?|1|Option|.a|open|0|"_s, u"wide|q1|Which?|1|Option|.b|out of list|1|"_s,
-                         u"wide|q1|Which?|1|Option|.c|unreadable|0|"_s, u"wide|q1r|Reasoning: Which?|1|Option|||1|"_s,
-                         u"wide|q3|How many?|3|Numeric|-5 to -5||1|"_s, u"wide|q3|How many?|3|Numeric|.a|open|0|"_s,
-                         u"wide|q3|How many?|3|Numeric|.b|not a number|1|"_s,
-                         u"wide|q3|How many?|3|Numeric|.c|unreadable|0|"_s, u"wide|q4t|Why?|4|Text|||1|cut (2)"_s,
-                         u"wide|q4t|Why?|4|Text||open|1|cut (2)"_s, u"wide|q4t|Why?|4|Text||unreadable|0|cut (2)"_s}));
+        QCOMPARE(lines,
+                 (QStringList{
+                     u"wide|q1|Which?|1|Option|1|Tea|1|"_s, u"wide|q1|Which?|1|Option|2|Milk|0|"_s,
+                     u"wide|q1|Which?|1|Option|.a|open|0|"_s, u"wide|q1|Which?|1|Option|.b|out of list|1|"_s,
+                     u"wide|q1|Which?|1|Option|.c|unreadable|0|"_s, u"wide|q1r|Reasoning: Which?|1|Option|||1|"_s,
+                     u"wide|q3|How many?|3|Numeric|from -5 to -5||1|"_s, u"wide|q3|How many?|3|Numeric|.a|open|0|"_s,
+                     u"wide|q3|How many?|3|Numeric|.b|not a number|1|"_s,
+                     u"wide|q3|How many?|3|Numeric|.c|unreadable|0|"_s, u"wide|q4t|Why?|4|Text|||1|cut (2)"_s,
+                     u"wide|q4t|Why?|4|Text||open|1|cut (2)"_s, u"wide|q4t|Why?|4|Text||unreadable|0|cut (2)"_s}));
     }
 
     void a_code_for_what_is_missing_is_no_value()
@@ -267,9 +268,9 @@ private Q_SLOTS:
         QCOMPARE(untaken.missingCode(0), -97);
         QCOMPARE(untaken.missingCode(2), -99);
         const Column &column = columnOf(tables.wide, u"q1"_s);
-        QCOMPARE(missingMark(Format::Sav, column, taken, 1), u"-9998"_s);
-        QCOMPARE(missingMark(Format::Dta, column, taken, 1), u".b"_s);
-        QCOMPARE(missingMark(Format::Csv, column, taken, 1), QString());
+        QVERIFY(missingMark(Format::Sav, column, taken, 1) == study::Value(-9998.0));
+        QVERIFY(missingMark(Format::Dta, column, taken, 1) == study::Value(u".b"_s));
+        QVERIFY(missingMark(Format::Csv, column, taken, 1) == study::Value());
     }
 
     void a_table_too_large_for_a_format_is_refused_data()

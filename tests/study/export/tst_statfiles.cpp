@@ -160,10 +160,10 @@ private Q_SLOTS:
         const QString word = u"q3: texts in the place of a number left out"_s;
         if (isSav) {
             QCOMPARE(whats(losses),
-                     (QStringList{none, u"q2t: cut at 32,759 bytes"_s, large, word,
+                     (QStringList{none, u"q2t: cut at 32759 bytes"_s, large, word,
                                   u"q1: value labels cut at 120 bytes"_s, u"q1: wording cut at 255 bytes"_s}));
         } else {
-            QCOMPARE(whats(losses), (QStringList{none, large, word, u"q1: value labels cut at 32,000 bytes"_s,
+            QCOMPARE(whats(losses), (QStringList{none, large, word, u"q1: value labels cut at 32000 bytes"_s,
                                                  u"q1: wording cut at 80 characters"_s}));
         }
         QCOMPARE(file.wordings.at(0), u"😀"_s.repeated(isSav ? 63 : 80));
@@ -217,7 +217,7 @@ private Q_SLOTS:
         const QString text(300, u'x');
         QCOMPARE(failureOf(table({textColumn(u"q1000t"_s), textColumn(u"q1000r"_s)}, {{text, text}}), u"sav"_s),
                  u"the format can't tell the long texts of q1000r from another variable's"_s);
-        QCOMPARE(failureOf(table({textColumn(u"text"_s), numberColumn(u"texta"_s)}, {{text, 1.0}}), u"sav"_s),
+        QCOMPARE(failureOf(table({textColumn(u"text"_s), numberColumn(u"text1"_s)}, {{text, 1.0}}), u"sav"_s),
                  u"the format can't tell the long texts of text from another variable's"_s);
         QCOMPARE(failureOf(table({textColumn(u"q1000t"_s), textColumn(u"q1000r"_s)}, {{u"a"_s, text}}), u"sav"_s),
                  QString());
