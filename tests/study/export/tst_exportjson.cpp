@@ -37,6 +37,11 @@ private Q_SLOTS:
         QCOMPARE(jsonOf({}, losses), "[\n]"_ba);
     }
 
+    void a_text_has_no_bare_control_characters()
+    {
+        QCOMPARE(study::jsonText(u"\"\\\n\t\u0001\u001F\u007F"_s), R"("\"\\\n\u0009\u0001\u001f)"_ba + "\x7F\""_ba);
+    }
+
     void every_text_comes_back_data()
     {
         QTest::addColumn<QString>("text");
