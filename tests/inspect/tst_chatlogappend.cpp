@@ -217,7 +217,7 @@ static QString randomEntry(QRandomGenerator &random)
 
 void TestChatLogAppend::random_entries_look_as_in_a_plain_view()
 {
-    const int steps = qEnvironmentVariableIsSet("ORRINET_LONG") ? 20'000 : 5'000;
+    const int steps = qEnvironmentVariableIsSet("ORRINET_LONG") ? 20'000 : 2'000;
     const quint32 seed = testSeed();
     QRandomGenerator random(seed);
     Windows windows;

@@ -30,7 +30,7 @@ static int wantedHistories()
 #if defined(__SANITIZE_ADDRESS__)
     static constexpr int usual = few;
 #else
-    static constexpr int usual = 100;
+    static constexpr int usual = 40;
 #endif
     if (qEnvironmentVariableIsSet("ORRINET_LONG"))
         return 5000;
