@@ -7,6 +7,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
 #include <memory>
 #include <optional>
 
@@ -23,6 +27,7 @@ struct Wanted
     std::string against;
     std::string record;
     bool force = false;
+    bool json = false;
 };
 
 /// Which form a file's name asks for.
@@ -41,6 +46,29 @@ Exit refused(const QString &reason)
 {
     say(reason);
     return Exit::File;
+}
+
+/// What a machine wants to know of a report without reading it.
+QByteArray told(const QString &path, const QByteArray &written, const Project &project, const QList<Flag> &flags)
+{
+    QJsonArray found;
+    for (const Flag &flag : flags)
+        found.append(QJsonObject{{u"text"_s, flag.text}, {u"anchor"_s, flag.anchor}});
+    const QJsonObject file{{u"file"_s, project.path}, {u"sha256"_s, QString::fromLatin1(project.sha256)}};
+    return QJsonDocument(QJsonObject{{u"path"_s, path},
+                                     {u"bytes"_s, written.size()},
+                                     {u"project"_s, file},
+                                     {u"personas"_s, project.personas.size()},
+                                     {u"questions"_s, project.questions.size()},
+                                     {u"answers"_s, project.answers.size()},
+                                     {u"flags"_s, found}})
+        .toJson();
+}
+
+Report reportOn(const Survey &survey, const ReportOptions &options)
+{
+    Progress progress(u"reporting"_s);
+    return makeReport(survey, options, [&progress](qsizetype made, qsizetype all) { progress.show(made, all); });
 }
 
 Exit report(const Wanted &wanted)
@@ -65,10 +93,12 @@ Exit report(const Wanted &wanted)
             return refused(*reason);
         options.recorded = std::get<Recorded>(std::move(recorded));
     }
-    const Document document = makeReport(survey, options);
+    const auto [document, flags] = reportOn(survey, options);
     const QByteArray bytes = formOf(out) == Form::Pdf ? toPdf(document) : toHtml(document);
     if (const QString failure = writeFile(out, bytes, wanted.force); !failure.isEmpty())
         return refused(failure);
+    if (wanted.json)
+        print(QString::fromUtf8(told(out, bytes, survey.project, flags)));
     return Exit::Done;
 }
 
@@ -100,6 +130,10 @@ void addReport(CLI::App &app, Command &chosen)
                      "Record of orrinet-bridge, to tell which models answered, with which settings")
         ->type_name("FILE");
     command->add_flag("--force", wanted->force, "Overwrite the file");
+    command->add_flag(
+        "--json", wanted->json,
+        "Print what was written, of what, and all flags (the report's first page has seven) as JSON on the "
+        "standard output");
     command->callback([&chosen, wanted] {
         chosen.draws = true;
         chosen.run = [wanted] { return report(*wanted); };

@@ -65,7 +65,7 @@ private Q_SLOTS:
 
     void each_flag_leads_to_a_heading_that_is_there()
     {
-        const Document document = makeReport(*drinks->survey);
+        const Document document = makeReport(*drinks->survey).document;
         QStringList anchors;
         QStringList wanted;
         for (const Block &block : document.blocks) {
@@ -210,7 +210,7 @@ private Q_SLOTS:
     void an_empty_project_has_a_report()
     {
         const ReadSurvey read(writeProject(folder.filePath(u"empty.ormt"_s)));
-        const QStringList said = saidBy(makeReport(*read.survey).blocks);
+        const QStringList said = saidBy(makeReport(*read.survey).document.blocks);
         QVERIFY(said.contains(u"TextTable: Pairs with a usable answer | 0 of 0 (-)"_s));
         QVERIFY(said.contains(u"Paragraph: There is no usable answer yet."_s));
     }

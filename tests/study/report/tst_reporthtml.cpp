@@ -65,7 +65,7 @@ struct ReadPage
 static QByteArray htmlOf(const QString &path)
 {
     const ReadSurvey read(path);
-    return toHtml(makeReport(*read.survey));
+    return toHtml(makeReport(*read.survey).document);
 }
 
 class TestReportHtml : public QObject
@@ -130,7 +130,7 @@ private Q_SLOTS:
     {
         const QString path = writeHostile();
         const ReadSurvey read(path);
-        const QByteArray html = toHtml(makeReport(*read.survey));
+        const QByteArray html = toHtml(makeReport(*read.survey).document);
         const ReadPage page(html);
         QCOMPARE(page.flaw, QString());
         QVERIFY(!page.elements.contains(u"script"_s));
@@ -163,6 +163,29 @@ private Q_SLOTS:
         ProgramRun forced(QStringLiteral(ORRINET_STUDY), {u"report"_s, drinks, u"--out"_s, out, u"--force"_s});
         QCOMPARE(forced.status, 0);
         QVERIFY(readBytes(out).size() > 1000);
+    }
+
+    void machines_are_told_what_was_written_and_what_was_flagged()
+    {
+        const QString out = folder.filePath(u"told.html"_s);
+        const ProgramRun run(QStringLiteral(ORRINET_STUDY), {u"report"_s, drinks, u"--out"_s, out, u"--json"_s});
+        QCOMPARE(run.status, 0);
+        const QJsonDocument told = QJsonDocument::fromJson(run.output.toUtf8());
+        const ReadSurvey read(drinks);
+        QCOMPARE(told["path"_L1].toString(), out);
+        QCOMPARE(told["bytes"_L1].toInteger(), readBytes(out).size());
+        QCOMPARE(told["project"_L1]["file"_L1].toString(), drinks);
+        QCOMPARE(told["project"_L1]["sha256"_L1].toString(), QString::fromLatin1(read.project.sha256));
+        QCOMPARE(told["personas"_L1].toInt(), 12);
+        QCOMPARE(told["questions"_L1].toInt(), 6);
+        QCOMPARE(told["answers"_L1].toInteger(), read.project.answers.size());
+        const QList<study::Flag> flags = makeReport(*read.survey).flags;
+        QCOMPARE(told["flags"_L1].toArray().size(), flags.size());
+        QVERIFY(!flags.isEmpty());
+        for (qsizetype place = 0; place < flags.size(); ++place) {
+            QCOMPARE(told["flags"_L1][place]["text"_L1].toString(), flags.at(place).text);
+            QCOMPARE(told["flags"_L1][place]["anchor"_L1].toString(), flags.at(place).anchor);
+        }
     }
 
     void the_program_refuses_what_it_can_not_do_data()
