@@ -17,9 +17,11 @@ public:
     QStringList play();
 
 private:
+    /// Whether it ended well; where it did not, that is a flaw.
     bool run(const QStringList &arguments);
 
     QString program;
     const QDir &files;
     QTextStream &output;
+    QStringList flaws;
 };

@@ -5,8 +5,11 @@
 #include "study/report/wording.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QHash>
 #include <QPainter>
+#include <QTextBlock>
 #include <QTextCursor>
+#include <QTextLayout>
 #include <QTextObjectInterface>
 #include <QTextTable>
 
@@ -18,6 +21,7 @@ namespace {
 
 constexpr int figureObject = QTextFormat::UserObject + 1;
 constexpr int figureProperty = QTextFormat::UserProperty + 1;
+constexpr int keepsProperty = QTextFormat::UserProperty + 2;
 constexpr int bodySize = 12;
 
 } // namespace
@@ -60,8 +64,10 @@ namespace {
 class Typesetter
 {
 public:
-    explicit Typesetter(QTextDocument &document)
+    /// The blocks of these numbers begin a page.
+    Typesetter(QTextDocument &document, const QSet<int> &breaks)
         : cursor(&document)
+        , pageStarts(breaks)
     {
     }
 
@@ -72,7 +78,7 @@ public:
             block.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
         QTextCharFormat letters = charFormat(heading.level == 1 ? 20 : heading.level == 2 ? 16 : 13);
         letters.setFontWeight(QFont::Bold);
-        put(heading.text, block, letters);
+        put(heading.text, keptWithNext(block), letters);
     }
 
     void operator()(const Paragraph &paragraph)
@@ -101,7 +107,7 @@ public:
     {
         QTextBlockFormat block = blockFormat(6, 0);
         block.setLeftMargin(24);
-        put(quotation.text, block, charFormat(bodySize));
+        put(quotation.text, keptWithNext(block), charFormat(bodySize));
         block.setTopMargin(0);
         block.setBottomMargin(6);
         put(quotation.source, block, charFormat(11, Ink::Faint));
@@ -122,14 +128,14 @@ public:
         place.setObjectType(figureObject);
         place.setProperty(figureProperty, int(figures.size()));
         figures << figure;
-        put(QString(QChar::ObjectReplacementCharacter), blockFormat(8, 2), place);
+        put(QString(QChar::ObjectReplacementCharacter), keptWithNext(blockFormat(8, 2)), place);
         put(figure.title, blockFormat(0, 8), charFormat(10, Ink::Faint));
     }
 
     void operator()(const TextTable &table)
     {
         if (!table.caption.isEmpty())
-            put(table.caption, blockFormat(8, 2), charFormat(10, Ink::Faint));
+            put(table.caption, keptWithNext(blockFormat(8, 2)), charFormat(10, Ink::Faint));
         QTextTableFormat format;
         format.setHeaderRowCount(1);
         format.setCellPadding(3);
@@ -137,14 +143,13 @@ public:
         format.setBorder(0.5);
         format.setBorderCollapse(true);
         format.setBorderBrush(colour(Ink::Line));
-        format.setBottomMargin(8);
-        startBlock(blockFormat(0, 0));
+        startBlock(keptWithNext(blockFormat(0, 0)));
         const QTextTable *grid = cursor.insertTable(int(table.rows.size()) + 1, int(table.header.size()), format);
         fillRow(*grid, 0, table, {table.header, false}, true);
         for (int row = 0; row < table.rows.size(); ++row)
             fillRow(*grid, row + 1, table, table.rows.at(row), false);
         cursor.movePosition(QTextCursor::End);
-        isFresh = true;
+        leaveRoom();
     }
 
     QList<Figure> figures;
@@ -158,6 +163,12 @@ private:
         return format;
     }
 
+    static QTextBlockFormat keptWithNext(QTextBlockFormat format)
+    {
+        format.setProperty(keepsProperty, true);
+        return format;
+    }
+
     static QTextCharFormat charFormat(int size, Ink ink = Ink::Text)
     {
         QTextCharFormat format;
@@ -167,14 +178,26 @@ private:
         return format;
     }
 
-    /// A document begins with a block, and a table ends with one.
+    /// The block that a table ends with holds nothing: where a table fills its page, Qt puts it on the edge.
+    void leaveRoom()
+    {
+        QTextBlockFormat room;
+        room.setLineHeight(8, QTextBlockFormat::FixedHeight);
+        cursor.setBlockFormat(room);
+    }
+
+    /// A document begins with a block.
     void startBlock(const QTextBlockFormat &format)
     {
-        if (isFresh)
-            cursor.setBlockFormat(format);
-        else
-            cursor.insertBlock(format);
+        if (!isFresh)
+            cursor.insertBlock();
         isFresh = false;
+        cursor.setBlockFormat(format);
+        if (pageStarts.contains(cursor.blockNumber())) {
+            QTextBlockFormat start;
+            start.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
+            cursor.mergeBlockFormat(start);
+        }
     }
 
     void put(const QString &text, const QTextBlockFormat &block, const QTextCharFormat &letters)
@@ -200,12 +223,64 @@ private:
     }
 
     QTextCursor cursor;
+    QSet<int> pageStarts;
     bool isFresh = true;
 };
 
-} // namespace
+/// What Qt tears apart where it cuts a text document into pages: it knows nothing of what belongs together.
+class TornBlocks
+{
+public:
+    TornBlocks(const QTextDocument &document, double height)
+        : text(document)
+        , pageHeight(height)
+    {
+    }
 
-std::unique_ptr<QTextDocument> laidOut(const Document &document, QSizeF page)
+    /// The first after each block that begins a page; those behind it will lie elsewhere when it is moved.
+    QSet<int> first() const
+    {
+        QSet<int> torn;
+        bool isFound = false;
+        for (QTextBlock block = text.begin(); block.isValid(); block = block.next()) {
+            if (block.blockFormat().pageBreakPolicy() == QTextFormat::PageBreak_AlwaysBefore)
+                isFound = false;
+            else if (!isFound && isTorn(block)) {
+                torn.insert(block.blockNumber());
+                isFound = true;
+            }
+        }
+        return torn;
+    }
+
+private:
+    int pageOf(double y) const { return int(y / pageHeight); }
+    double topOf(const QTextBlock &block) const { return text.documentLayout()->blockBoundingRect(block).top(); }
+
+    bool isTorn(const QTextBlock &block) const
+    {
+        static constexpr double mostMargins = 20;
+        const double top = topOf(block);
+        // What begins a page can't begin it better, and within a table it is up to its rows.
+        return top - (pageOf(top) * pageHeight) > mostMargins && pageOf(top) != pageOf(endOfWhatIsKept(block)) &&
+               QTextCursor(block).currentTable() == nullptr;
+    }
+
+    /// The end of the first line of what follows, where a block keeps with it.
+    double endOfWhatIsKept(QTextBlock block) const
+    {
+        while (block.blockFormat().boolProperty(keepsProperty) && block.next().isValid())
+            block = block.next();
+        const QTextLayout *layout = block.layout();
+        const double line = layout->lineCount() > 0 ? layout->lineAt(0).naturalTextRect().bottom() : 0;
+        return block.text().isEmpty() ? topOf(block) : topOf(block) + line - 1;
+    }
+
+    const QTextDocument &text;
+    double pageHeight;
+};
+
+std::unique_ptr<QTextDocument> typeset(const Document &document, QSizeF page, const QSet<int> &pageStarts)
 {
     auto laid = std::make_unique<QTextDocument>();
     laid->setUndoRedoEnabled(false);
@@ -216,12 +291,27 @@ std::unique_ptr<QTextDocument> laidOut(const Document &document, QSizeF page)
     QFont font(u"DejaVu Sans"_s);
     font.setPixelSize(bodySize);
     laid->setDefaultFont(font);
-    Typesetter typesetter(*laid);
+    Typesetter typesetter(*laid, pageStarts);
     for (const Block &block : document.blocks)
         std::visit(typesetter, block);
     laid->documentLayout()->registerHandler(figureObject, new FigureDrawer(typesetter.figures, laid.get()));
     laid->setPageSize(page);
     return laid;
+}
+
+} // namespace
+
+std::unique_ptr<QTextDocument> laidOut(const Document &document, QSizeF page)
+{
+    QSet<int> pageStarts;
+    for (;;) {
+        // Anew, since a text document whose formats are changed once it is laid out loses what lies behind.
+        auto laid = typeset(document, page, pageStarts);
+        const QSet<int> torn = TornBlocks(*laid, page.height()).first() - pageStarts;
+        if (torn.isEmpty())
+            return laid;
+        pageStarts += torn;
+    }
 }
 
 } // namespace study

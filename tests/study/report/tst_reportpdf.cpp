@@ -2,21 +2,27 @@
 
 #include "study/report/pdf.h"
 #include "study/report/report.h"
+#include "study/report/textdocument.h"
 #include "tests/study/report/reportsample.h"
 #include "tests/support/program.h"
 #include "tests/support/sidedatabase.h"
 #include "tests/support/testcase.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QDate>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextBlock>
 
 using namespace Qt::StringLiterals;
 using study::Document;
 using study::Figure;
 using study::figureWidth;
 using study::Heading;
+using study::laidOut;
 using study::Paragraph;
+using study::TextTable;
 using study::toPdf;
 
 /// A page's entry in the file; the tree of pages has another one.
@@ -32,6 +38,24 @@ static Document documentOf(int sections)
         document.blocks << Heading{.level = 2, .text = u"Section"_s, .anchor = {}, .startsPage = section > 0}
                         << Paragraph{u"Text"_s};
     }
+    return document;
+}
+
+/// A heading, and what has to stay with it, behind so many lines.
+static Document headingAfter(int lines, bool afterTable)
+{
+    Document document;
+    TextTable table{.caption = {}, .header = {u"Head"_s}, .rows = {}};
+    for (int line = 0; line < lines; ++line) {
+        if (afterTable)
+            table.rows << TextTable::Row{{u"Line"_s}};
+        else
+            document.blocks << Paragraph{u"Line"_s};
+    }
+    if (afterTable)
+        document.blocks << table;
+    document.blocks << Heading{.level = 3, .text = u"Kept heading"_s, .anchor = {}}
+                    << TextTable{.caption = u"Kept caption"_s, .header = {u"Kept head"_s}, .rows = {}};
     return document;
 }
 
@@ -52,6 +76,35 @@ private Q_SLOTS:
         for (int line = 0; line < 100; ++line)
             document.blocks << Paragraph{u"Line"_s};
         QVERIFY(pagesOf(toPdf(document)) >= 2);
+    }
+
+    void what_belongs_together_is_on_one_page_data()
+    {
+        QTest::addColumn<bool>("afterTable");
+        QTest::newRow("after a table") << true;
+        QTest::newRow("after paragraphs") << false;
+    }
+    void what_belongs_together_is_on_one_page()
+    {
+        QFETCH(const bool, afterTable);
+        for (int lines = 1; lines < 60; ++lines) {
+            const auto laid = laidOut(headingAfter(lines, afterTable), {500, 600});
+            const auto pageOf = [&laid](double y) { return int(y / 600); };
+            QSet<int> pages;
+            QSet<int> kept;
+            for (QTextBlock block = laid->begin(); block.isValid(); block = block.next()) {
+                const QRectF rect = laid->documentLayout()->blockBoundingRect(block);
+                const int page = pageOf(rect.top());
+                pages << page;
+                if (!block.text().isEmpty())
+                    QCOMPARE(pageOf(rect.bottom() - 1), page);
+                if (block.text().startsWith(u"Kept"_s))
+                    kept << page;
+            }
+            QCOMPARE(kept.size(), 1);
+            // None of them is empty.
+            QCOMPARE(pages.size(), laid->pageCount());
+        }
     }
 
     void a_figure_is_drawn_once_at_its_size()
