@@ -53,6 +53,16 @@ QString mixedUp(const Table &table, const QList<Summary> &summaries)
     return {};
 }
 
+/// How wide a text is stored and how wide it is shown. What it is printed by has to be as wide as it is, or as the
+/// first of its pieces.
+void setWidth(readstat_variable_t *variable, qsizetype width)
+{
+    static constexpr qsizetype widestShown = 40;
+    const QByteArray format = 'A' + QByteArray::number(std::min(width, longestPlainText));
+    readstat_variable_set_format(variable, format.constData());
+    readstat_variable_set_display_width(variable, int(std::min(width, widestShown)));
+}
+
 class SavTable
 {
 public:
@@ -112,7 +122,7 @@ readstat_variable_t *SavTable::addVariable(const Column &column, const Summary &
                                             : column.isOrdered                  ? READSTAT_MEASURE_ORDINAL
                                                                                 : READSTAT_MEASURE_NOMINAL);
     if (isText)
-        readstat_variable_set_display_width(variable, int(std::min<qsizetype>(widthOf(summary), 40)));
+        setWidth(variable, widthOf(summary));
     else
         addLabels(variable, column, summary);
     if (column.type == Column::Type::Code)

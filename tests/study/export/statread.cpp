@@ -33,6 +33,7 @@ int takeVariable(int, readstat_variable_t *variable, const char *labels, void *c
     auto *reading = static_cast<Reading *>(context);
     reading->file->names << QString::fromUtf8(readstat_variable_get_name(variable));
     reading->file->wordings << QString::fromUtf8(readstat_variable_get_label(variable));
+    reading->file->formats << QString::fromUtf8(readstat_variable_get_format(variable));
     reading->setNames << QString::fromUtf8(labels);
     return READSTAT_HANDLER_OK;
 }

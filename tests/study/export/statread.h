@@ -11,6 +11,7 @@ struct StatFile
     QString failure; ///< empty where it was read
     QStringList names;
     QStringList wordings;
+    QStringList formats; ///< how a value is printed: "A40", "F8.0"
     /// By variable: what its codes and missing values stand for.
     QMap<QString, QMap<QString, QString>> valueLabels;
     /// Numbers as texts; a missing one as "." or, where it has a reason, ".a" or "-97 missing".

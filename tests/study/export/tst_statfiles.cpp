@@ -126,6 +126,15 @@ private Q_SLOTS:
                                                 {{}, text, u"b"_s, text, u"c"_s, {}, u"7"_s, u"8"_s}}));
     }
 
+    void a_text_is_printed_as_wide_as_it_is()
+    {
+        const StatFile file = written(table({textColumn(u"q1t"_s), textColumn(u"q2t"_s), textColumn(u"q3t"_s)},
+                                            {{u"four"_s, QString(100, u'x'), QString(300, u'x')}}),
+                                      u"sav"_s);
+        // The reader puts the pieces of a long one together.
+        QCOMPARE(file.formats, (QStringList{u"A4"_s, u"A100"_s, u"A308"_s}));
+    }
+
     void every_text_comes_back_data()
     {
         QTest::addColumn<QString>("format");
