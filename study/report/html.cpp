@@ -27,7 +27,8 @@ QString styleRules()
            ".faint{color:var(--faint)}"
            ".wide{overflow-x:auto}table{border-collapse:collapse;margin:1em 0;font-size:.88em}"
            "caption{text-align:left;color:var(--faint);padding:.3em 0}"
-           "th,td{border-bottom:1px solid var(--line);padding:.25em .8em .25em 0;text-align:left;vertical-align:top}"
+           "th,td{border-bottom:1px solid var(--line);padding:.25em .8em .25em 0;text-align:left;vertical-align:top;"
+           "overflow-wrap:break-word}"
            ".n{text-align:right;white-space:nowrap;font-variant-numeric:tabular-nums}"
            "blockquote{margin:1em 0;padding:.1em 1em;border-left:4px solid var(--line)}"
            "blockquote p,pre{white-space:pre-wrap}"
@@ -36,7 +37,7 @@ QString styleRules()
            "svg text{font-family:\"DejaVu Sans\",Verdana,sans-serif}figcaption{color:var(--faint);font-size:.88em}"
            "@page{size:A4;margin:18mm}"
            "@media print{html{font-size:10pt}body{max-width:none;padding:0}.page{break-before:page}"
-           "figure,tr,blockquote{break-inside:avoid}h2,h3{break-after:avoid}.wide{overflow:visible}}"_s;
+           "th,td{overflow-wrap:anywhere}figure,tr,blockquote{break-inside:avoid}h2,h3{break-after:avoid}.wide{overflow:visible}}"_s;
 }
 
 /// Where foreign text becomes part of the page, and nowhere else but in svg.cpp.

@@ -79,8 +79,9 @@ QString inWords(const MapSpec &spec, const Grid &grid)
                                                                          QString::number(spec.columns),
                                                                          spec.columnsName, parts.join(u", "_s));
     if (grid.rowsPerCell * grid.columnsPerCell > 1)
-        words += u" Each mark stands for up to %1 %2 and %3 %4."_s.arg(
-            QString::number(grid.rowsPerCell), spec.rowsName, QString::number(grid.columnsPerCell), spec.columnsName);
+        words += u" Each mark stands for up to %1 and %2."_s.arg(
+            counted(grid.rowsPerCell, spec.rowsName.chopped(1), spec.rowsName),
+            counted(grid.columnsPerCell, spec.columnsName.chopped(1), spec.columnsName));
     return words;
 }
 

@@ -52,7 +52,7 @@ enum class Mark { Done, Open, OutOfList, NotANumber, Unreadable };
 struct MapSpec
 {
     QString title;
-    QString rowsName; ///< what a row is, in the plural
+    QString rowsName; ///< what a row is, in the plural, which an s makes
     QString columnsName;
     qsizetype rows = 0;
     qsizetype columns = 0;

@@ -146,6 +146,7 @@ private Q_SLOTS:
         const Figure large = mapOf(10'000, 200, 10);
         QVERIFY(large.alternative.endsWith(u"Each mark stands for up to 167 personas and 4 questions."_s));
         QVERIFY(large.size.height() < 950);
+        QVERIFY(mapOf(200, 12, 10).alternative.endsWith(u"personas and 1 question."_s));
         // A tenth shows, less does not.
         QVERIFY(pointsOf(imageOf(large), Ink::Other) >
                 100 * pointsOf(imageOf(mapOf(10'000, 200, 11)), Ink::Other) / 50);
