@@ -19,9 +19,9 @@ double allocated()
 #endif
 }
 
-double statusBytes(QByteArrayView name)
+double statusBytes(QByteArrayView name, qint64 process)
 {
-    QFile status(u"/proc/self/status"_s);
+    QFile status(process == 0 ? u"/proc/self/status"_s : u"/proc/%1/status"_s.arg(process));
     if (!status.open(QIODevice::ReadOnly))
         return 0;
     const QList<QByteArray> lines = status.readAll().split('\n');

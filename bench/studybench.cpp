@@ -1,5 +1,6 @@
 // What comes before and after a run: orrinet-study in a process of its own, which tells what it took when it ends.
 
+#include "bench/memory.h"
 #include "bench/report.h"
 #include "bench/samples.h"
 #include "bench/suites.h"
@@ -9,12 +10,13 @@
 #include <QDirIterator>
 #include <QTemporaryDir>
 
-#include <sys/resource.h>
+#include <sys/ptrace.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <fcntl.h>
 
+#include <csignal>
 #include <cstdlib>
 
 using namespace Qt::StringLiterals;
@@ -39,8 +41,27 @@ struct Taken
     for (const QByteArray &word : words)
         arguments.push_back(const_cast<char *>(word.constData()));
     arguments.push_back(nullptr);
+    ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
     ::execvp(arguments.front(), arguments.data());
     std::_Exit(127);
+}
+
+/// Runs a process that asked to be traced to its end; returns how it ended. The kernel's own figure for a child begins
+/// with what its parent held when it forked, so the child is asked itself, right before it is gone.
+int runTraced(pid_t child, double &memory)
+{
+    int status = 0;
+    if (::waitpid(child, &status, 0) != child || !WIFSTOPPED(status))
+        return status;
+    ::ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACEEXIT | PTRACE_O_EXITKILL);
+    ::ptrace(PTRACE_CONT, child, nullptr, nullptr);
+    while (::waitpid(child, &status, 0) == child && WIFSTOPPED(status)) {
+        const bool ends = status >> 8 == (SIGTRAP | (PTRACE_EVENT_EXIT << 8));
+        if (ends)
+            memory = statusBytes("VmHWM:", child);
+        ::ptrace(PTRACE_CONT, child, nullptr, ends ? 0 : WSTOPSIG(status));
+    }
+    return status;
 }
 
 /// A check that finds something, and what has findings, has done its work as well.
@@ -53,13 +74,13 @@ Taken run(const QStringList &command)
     const pid_t child = ::fork();
     if (child == 0)
         become(words);
-    int status = 0;
-    rusage usage{};
-    if (child < 0 || ::wait4(child, &status, 0, &usage) != child)
+    if (child < 0)
         return {};
-    return {.done = WIFEXITED(status) && WEXITSTATUS(status) <= 1,
-            .seconds = now(Clock::Wall) - begin,
-            .bytes = double(usage.ru_maxrss) * 1024};
+    Taken taken;
+    const int status = runTraced(child, taken.bytes);
+    taken.done = WIFEXITED(status) && WEXITSTATUS(status) <= 1;
+    taken.seconds = now(Clock::Wall) - begin;
+    return taken;
 }
 
 qint64 sizeOf(const QString &folder)

@@ -4,6 +4,8 @@
 
 #include <QIODevice>
 
+#include <string_view>
+
 using namespace Qt::StringLiterals;
 
 namespace study {
@@ -13,7 +15,9 @@ static QByteArray csvText(const QString &text)
     QByteArray cell = text.toUtf8();
     if (!text.isEmpty() && u"=+-@\t\r"_s.contains(text.front()))
         cell.prepend('\'');
-    const bool wantsQuotes = cell.contains('"') || cell.contains(',') || cell.contains('\n') || cell.contains('\r');
+    static constexpr std::string_view special = "\",\n\r";
+    const bool wantsQuotes =
+        std::string_view(cell.constData(), size_t(cell.size())).find_first_of(special) != special.npos;
     return wantsQuotes ? '"' + cell.replace('"', "\"\"") + '"' : cell;
 }
 

@@ -52,6 +52,29 @@ Table watched(Table table, Progress &progress)
     return table;
 }
 
+/// How wide the texts are, before the first of them.
+bool needsWidths(Format format)
+{
+    return format == Format::Sav || format == Format::Dta;
+}
+
+void summariseBefore(Described &described)
+{
+    described.summaries = summarise(described.table);
+}
+
+/// The others are written in the one pass in which the codebook learns what was in the columns.
+void summariseMeanwhile(Described &described)
+{
+    described.summaries.resize(described.table.columns.size());
+    described.table.row = [row = std::move(described.table.row), columns = described.table.columns,
+                           &summaries = described.summaries](qsizetype place) {
+        QList<Value> values = row(place);
+        takeRow(summaries, columns, values);
+        return values;
+    };
+}
+
 class Export
 {
 public:
@@ -164,7 +187,7 @@ Exit Export::run()
 QString Export::writeFiles()
 {
     for (Described &described : tables)
-        described.summaries = summarise(described.table);
+        needsWidths(options.format) ? summariseBefore(described) : summariseMeanwhile(described);
     if (options.format == Format::Xlsx)
         return writeFileBy(pathOf({}), options.force, [this](const QString &path) { return writeSheets(path); });
     if (options.format == Format::Json)

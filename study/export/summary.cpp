@@ -36,26 +36,38 @@ static void takeNumber(Summary &summary, double number, Column::Type type)
     }
 }
 
+/// Of a text as it is written; without writing it.
+static qsizetype bytesOf(const QString &text)
+{
+    qsizetype bytes = 0;
+    for (const QChar unit : text)
+        bytes += unit.unicode() < 0x80 ? 1 : unit.unicode() < 0x800 || unit.isSurrogate() ? 2 : 3;
+    return bytes;
+}
+
 static void takeValue(Summary &summary, const Value &value, Column::Type type)
 {
     if (const auto *number = std::get_if<double>(&value)) {
         takeNumber(summary, *number, type);
     } else if (const auto *text = std::get_if<QString>(&value)) {
         ++summary.values;
-        summary.widest = std::max(summary.widest, cleaned(*text).toUtf8().size());
+        summary.widest = std::max(summary.widest, bytesOf(cleaned(*text)));
     } else if (const auto *reason = std::get_if<Status>(&value)) {
         ++summary.reasons[*reason];
     }
 }
 
+void takeRow(QList<Summary> &summaries, const QList<Column> &columns, const QList<Value> &values)
+{
+    for (qsizetype column = 0; column < values.size(); ++column)
+        takeValue(summaries[column], values.at(column), columns.at(column).type);
+}
+
 QList<Summary> summarise(const Table &table)
 {
     QList<Summary> summaries(table.columns.size());
-    for (qsizetype row = 0; row < table.rows; ++row) {
-        const QList<Value> values = table.row(row);
-        for (qsizetype column = 0; column < values.size(); ++column)
-            takeValue(summaries[column], values.at(column), table.columns.at(column).type);
-    }
+    for (qsizetype row = 0; row < table.rows; ++row)
+        takeRow(summaries, table.columns, table.row(row));
     return summaries;
 }
 

@@ -24,6 +24,9 @@ struct Summary
     double missingCode(qsizetype reason) const;
 };
 
+/// Adds a row to the summaries of its columns.
+void takeRow(QList<Summary> &summaries, const QList<Column> &columns, const QList<Value> &values);
+
 /// One for each column, from one pass over the rows.
 QList<Summary> summarise(const Table &table);
 
