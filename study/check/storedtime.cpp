@@ -1,19 +1,20 @@
 #include "study/check/storedtime.h"
 
-#include <QTimeZone>
+using namespace Qt::StringLiterals;
 
 namespace study {
 
 QDateTime storedTime(const QString &text)
 {
     static constexpr qsizetype lengthOfDate = 10;
-    const QDateTime time = QDateTime::fromString(text, Qt::ISODateWithMs);
     const bool isOfSqlite = text.size() > lengthOfDate && text.at(lengthOfDate) == u' ';
-    if (!isOfSqlite || time.timeSpec() != Qt::LocalTime)
-        return time;
-    // Read anew: a time that no local clock showed is one of UTC all the same.
-    return {QDate::fromString(text.first(lengthOfDate), Qt::ISODate),
-            QTime::fromString(text.sliced(lengthOfDate + 1), Qt::ISODateWithMs), QTimeZone::UTC};
+    if (isOfSqlite) {
+        // Never read as a local time, which takes the most of a check, and of which some were shown by no local clock.
+        const QDateTime time = QDateTime::fromString(text + u'Z', Qt::ISODateWithMs);
+        if (time.isValid())
+            return time;
+    }
+    return QDateTime::fromString(text, Qt::ISODateWithMs);
 }
 
 } // namespace study
