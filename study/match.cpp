@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace study {
 
-static QString folded(const QString &text)
+QString caselessText(const QString &text)
 {
     return text.simplified().toCaseFolded();
 }
@@ -18,10 +18,10 @@ int matchOne(const QString &text, const QStringList &labels)
 {
     if (const qsizetype exact = labels.indexOf(text); exact >= 0)
         return int(exact);
-    const QString wanted = folded(text);
+    const QString wanted = caselessText(text);
     int found = -1;
     for (int place = 0; place < labels.size(); ++place) {
-        if (folded(labels.at(place)) != wanted)
+        if (caselessText(labels.at(place)) != wanted)
             continue;
         if (found >= 0)
             return -1;

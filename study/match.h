@@ -10,6 +10,9 @@
 
 namespace study {
 
+/// A text without regard to case and white space.
+QString caselessText(const QString &text);
+
 /// The place of the label that a text is, -1 where it is none.
 int matchOne(const QString &text, const QStringList &labels);
 

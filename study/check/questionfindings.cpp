@@ -1,5 +1,6 @@
 #include "study/check/findings.h"
 #include "study/check/wording.h"
+#include "study/match.h"
 
 #include "questions/answertypes.h"
 #include "survey/requestassembly.h"

@@ -4,11 +4,6 @@ using namespace Qt::StringLiterals;
 
 namespace study {
 
-QString caselessText(const QString &text)
-{
-    return text.simplified().toCaseFolded();
-}
-
 static bool isOfWord(QChar character)
 {
     const QChar::Script script = character.script();

@@ -6,9 +6,6 @@
 
 namespace study {
 
-/// A text without regard to case and white space.
-QString caselessText(const QString &text);
-
 /// Whether words stand in a text, both folded. In scripts that part words by blanks they have to be whole: "no" is not
 /// in "know".
 bool hasWords(const QString &text, const QString &words);

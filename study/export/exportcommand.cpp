@@ -49,8 +49,10 @@ void addExport(CLI::App &app, Command &chosen)
     command->footer(
         "In the wide table q12 is the answer to question 12 as a code (from 1, in the order of the labels) or a "
         "number, q12_3 what it says of the third label (1 named, 0 not; or its rank), q12t its text, q12r the "
-        "reasoning, q12s the status. Texts are matched to labels exactly or but for case and white space, never "
-        "guessed: what does not match is \"out of list\", and what it says is in the long table. A value that is "
+        "reasoning, q12s the status. A text is a label where it is the same, or else the same but for case and white "
+        "space; several are named by a list of them, one a line or separated by semicolons or commas, or by a JSON "
+        "array. Nothing is guessed: what does not match is \"out of list\", and what it says is in the long table. A "
+        "value that is "
         "missing is an empty cell; SPSS files have user-missing values (-97 open, -98 out of list or not a number, "
         "-99 unreadable), Stata files .a, .b and .c. Of several answers to a pair the newest counts, as in the "
         "grid.\n"

@@ -17,16 +17,11 @@ namespace study {
 
 namespace {
 
-QString foldedText(const QString &text)
-{
-    return text.simplified().toCaseFolded();
-}
-
 /// The question that is meant: by its wording, else by its number; -1 for none.
 int meantQuestion(const Project &project, const QString &text)
 {
     for (int place = 0; place < project.questions.size(); ++place) {
-        if (foldedText(project.questions.at(place).entry.prompt) == foldedText(text))
+        if (caselessText(project.questions.at(place).entry.prompt) == caselessText(text))
             return place;
     }
     bool isNumber = false;
@@ -76,7 +71,7 @@ Columns columnsOf(const QStringList &header)
 {
     Columns columns;
     for (qsizetype place = 0; place < header.size(); ++place) {
-        const QString name = foldedText(header.at(place));
+        const QString name = caselessText(header.at(place));
         if (name == "question"_L1)
             columns.question = place;
         else if (name == "label"_L1 || name == "value"_L1)
@@ -124,12 +119,12 @@ std::optional<Agreement> agreementOf(const Survey &survey, const Answers &own, c
     QStringList others;
     QHash<QString, QString> byUuid;
     for (qsizetype place = 0; place < other.personas.size(); ++place)
-        byUuid.insert(project.personas.at(other.personas.at(place)).entry.uuid, foldedText(other.given.at(place)));
+        byUuid.insert(project.personas.at(other.personas.at(place)).entry.uuid, caselessText(other.given.at(place)));
     for (qsizetype place = 0; place < own.personas.size(); ++place) {
         const auto found = byUuid.constFind(survey.project.personas.at(own.personas.at(place)).entry.uuid);
         if (found == byUuid.constEnd())
             continue;
-        texts << foldedText(own.given.at(place));
+        texts << caselessText(own.given.at(place));
         others << *found;
     }
     const CodedTexts coded = codesOf(texts + others);
@@ -161,7 +156,7 @@ std::variant<Against, QString> readOther(const QString &path, const Survey &surv
         for (int own = 0; own < survey.project.questions.size() && place < 0; ++own) {
             const Question &question = survey.project.questions.at(own);
             if (question.kind == answers.question->kind &&
-                foldedText(question.entry.prompt) == foldedText(answers.question->entry.prompt))
+                caselessText(question.entry.prompt) == caselessText(answers.question->entry.prompt))
                 place = own;
         }
         if (place < 0) {

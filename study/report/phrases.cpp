@@ -1,5 +1,6 @@
 #include "study/report/phrases.h"
 
+#include "study/match.h"
 #include "study/report/wording.h"
 
 #include <algorithm>
@@ -97,11 +98,11 @@ std::optional<Found> findOtherLabel(const QString &text, const QStringList &labe
 {
     constexpr qsizetype shortest = 3;
     const QString folded = searchable(text);
-    const QString own = labels.at(chosen).simplified().toCaseFolded();
+    const QString own = caselessText(labels.at(chosen));
     if (folded.isEmpty() || placeOf(own, folded) >= 0)
         return std::nullopt;
     for (const QString &label : labels) {
-        const QString other = label.simplified().toCaseFolded();
+        const QString other = caselessText(label);
         if (other.size() < shortest || placeOf(other, own) >= 0)
             continue;
         if (const qsizetype at = placeOf(other, folded); at >= 0)

@@ -20,6 +20,27 @@ namespace study {
 
 namespace {
 
+constexpr const char *reportRules =
+    R"(The report has: at a glance, how it was made, the panel, completeness, a page for
+each question, sameness, words (refusals, hedges, reasoning that names another
+label), what the answers are held against, and a codebook with all formulas. It
+is one file without scripts that asks for nothing from the network.
+
+A table to hold the answers against has a line of names and the columns
+  question   its number, or its wording
+  label      or "value", for a Numeric question
+  share      or "count"
+as in: question,label,count
+       1,Tea,22
+What matches no question or no label is listed and not scored. Another project
+is compared question by question, and pair by pair where personas are the same.
+
+--json prints one object: "path", "bytes", "project" ("file", "sha256"),
+"personas", "questions", "answers" (all that are stored), "flags" (for each
+"text" and "anchor", the place in the report).
+
+Exit status: 0 done, 2 usage, 3 file can't be read or written.)";
+
 struct Wanted
 {
     std::string project;
@@ -108,9 +129,9 @@ void addReport(CLI::App &app, Command &chosen)
 {
     auto wanted = std::make_shared<Wanted>();
     auto *command = app.add_subcommand(
-        "report", "Write a report on the answers, as HTML or PDF, into one file: how they were made, what "
-                  "is missing, a page for each question, and how much they are one. The "
-                  "same project gives the same bytes.");
+        "report",
+        "Writes a report on the answers into one file, HTML or PDF: how they were made, what is missing, a page "
+        "for each question, and how much they are one. The same project gives the same bytes.");
     command->add_option("PROJECT", wanted->project, "Project file")->required();
     command->add_option("--out", wanted->out, "File to write, by its name HTML (.html) or PDF (.pdf)")
         ->type_name("FILE")
@@ -122,8 +143,7 @@ void addReport(CLI::App &app, Command &chosen)
             "");
     command
         ->add_option("--against", wanted->against,
-                     "What to hold the answers against: shares of people in a table (.csv) with the columns question "
-                     "(its number or wording), label or value, and share or count; or another project")
+                     "What to hold the answers against: shares of people in a table (.csv), or another project")
         ->type_name("FILE");
     command
         ->add_option("--record", wanted->record,
@@ -134,6 +154,7 @@ void addReport(CLI::App &app, Command &chosen)
         "--json", wanted->json,
         "Print what was written, of what, and all flags (the report's first page has seven) as JSON on the "
         "standard output");
+    command->footer(reportRules);
     command->callback([&chosen, wanted] {
         chosen.draws = true;
         chosen.run = [wanted] { return report(*wanted); };

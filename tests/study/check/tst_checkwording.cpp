@@ -2,6 +2,7 @@
 
 #include "study/check/storedtime.h"
 #include "study/check/wording.h"
+#include "study/match.h"
 #include "tests/support/testcase.h"
 
 #include <QTest>
