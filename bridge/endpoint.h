@@ -16,6 +16,7 @@ class QSslCertificate;
 
 namespace bridge {
 
+/// The way to an endpoint: where it is, who is trusted, and how patiently it is asked.
 struct Route
 {
     QUrl url; ///< of the chat completions

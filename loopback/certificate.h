@@ -8,12 +8,14 @@
 
 namespace loopback {
 
+/// A certificate with its key.
 struct Certificate
 {
     QSslCertificate certificate;
     QSslKey key;
 };
 
+/// From when to when a certificate holds.
 struct Validity
 {
     QDateTime from = QDateTime::currentDateTimeUtc().addDays(-1);

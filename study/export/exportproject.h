@@ -7,6 +7,7 @@
 
 namespace study {
 
+/// What an export is asked for.
 struct ExportOptions
 {
     QString project;

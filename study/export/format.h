@@ -4,6 +4,7 @@
 
 namespace study {
 
+/// The forms that tables are written in.
 enum class Format { Csv, Xlsx, Sav, Dta, Json };
 
 /// How a format writes that a value is missing for the reason of this place: SPSS has a number of the variable's own,

@@ -9,6 +9,7 @@
 
 namespace study {
 
+/// What a report tells besides the project itself.
 struct ReportOptions
 {
     Recorded recorded;
