@@ -1,5 +1,7 @@
 #include "shots/picture.h"
 
+#include "shots/shown.h"
+
 #include <QHash>
 #include <QImage>
 #include <QPainter>
@@ -8,6 +10,11 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
+/// PNG's own word for it.
+static const QString descriptionKey = u"Description"_s;
+
 QImage pictureOf(QWidget *widget, const QSize &size)
 {
     if (size.expandedTo(widget->size()) != size)
@@ -15,6 +22,7 @@ QImage pictureOf(QWidget *widget, const QSize &size)
     QImage picture(size, QImage::Format_RGB32);
     picture.fill(widget->palette().color(QPalette::Window));
     QPainter(&picture).drawPixmap(0, 0, widget->grab());
+    picture.setText(descriptionKey, shownTexts(widget));
     return picture;
 }
 
@@ -37,5 +45,7 @@ static QList<QRgb> commonestColours(const QImage &picture)
 bool savePicture(const QImage &picture, const QString &path)
 {
     static constexpr int smallest = 0;
-    return picture.convertToFormat(QImage::Format_Indexed8, commonestColours(picture)).save(path, "PNG", smallest);
+    QImage indexed = picture.convertToFormat(QImage::Format_Indexed8, commonestColours(picture));
+    indexed.setText(descriptionKey, picture.text(descriptionKey));
+    return indexed.save(path, "PNG", smallest);
 }

@@ -103,6 +103,8 @@ private Q_SLOTS:
         const QImage now(taken().filePath(name));
         const QImage kept(documents().filePath("pictures/"_L1 + name));
         QVERIFY(!isBlank(now));
+        QCOMPARE(kept.text(u"Description"_s), now.text(u"Description"_s));
+        QVERIFY(!now.text(u"Description"_s).isEmpty());
         QCOMPARE(kept.size(), now.size());
         const double share = shareOfOtherBlocks(kept, now);
         QVERIFY2(share < stale, qPrintable(u"%1 of its blocks differ: take it anew by ./dev shots"_s.arg(share)));
