@@ -13,7 +13,7 @@
 using namespace Qt::StringLiterals;
 
 /// PNG's own word for it.
-static const QString descriptionKey = u"Description"_s;
+static constexpr auto descriptionKey = "Description"_L1;
 
 QImage pictureOf(QWidget *widget, const QSize &size)
 {
