@@ -15,10 +15,11 @@ endTurn() { exec 9>&-; }
 
 # configure PRESET [OPTION ...]
 configure() {
-    local preset=$1 strict=OFF
+    local preset=$1 strict=()
     shift
-    if [[ -n ${CI-} ]]; then strict=ON; fi
-    timed "configuring '$preset'" quiet cmake --preset "$preset" -DORRINET_WARNINGS_AS_ERRORS=$strict "$@"
+    # Elsewhere it stays as the last call left it, so that not all is built anew.
+    if [[ -n ${CI-} ]]; then strict=(-DORRINET_WARNINGS_AS_ERRORS=ON); fi
+    timed "configuring '$preset'" quiet cmake --preset "$preset" "${strict[@]}" "$@"
 }
 
 # build PRESET [TARGET ...]: all targets where none is named.

@@ -174,7 +174,7 @@ void TestDocuments::a_fault_does_not_go_unnoticed_data()
     row("a link to no file", u"see [this](docs/none.md)"_s, {u"docs/none.md is not there"_s});
     row("a link to no heading", u"[this](#none)"_s, {u"#none names no heading"_s});
     row("a link to no heading of another", u"[this](README.md#none)"_s, {u"README.md#none names no heading"_s});
-    row("a picture", u"![a grid](docs/results.png)"_s);
+    row("a picture", u"![a grid](docs/pictures/results.png)"_s);
     row("no picture", u"![a grid](docs/none.png)"_s,
         {u"docs/none.png is not there"_s, u"docs/none.png is no picture"_s});
     row("another file for a picture", u"![a grid](README.md)"_s, {u"README.md is no picture"_s});

@@ -97,16 +97,12 @@ class Browser:
         self.call('Page.navigate', url=url)
         self.wait_for('Page.loadEventFired')
 
-    def picture(self, path, scheme, top=0, height=8000):
+    def picture(self, path, scheme):
         self.call('Emulation.setEmulatedMedia', features=[dict(name='prefers-color-scheme', value=scheme)])
         size = self.call('Page.getLayoutMetrics')['cssContentSize']
-        clip = dict(x=0, y=top, width=size['width'], height=min(size['height'] - top, height), scale=1)
+        clip = dict(x=0, y=0, width=size['width'], height=min(size['height'], 8000), scale=1)
         data = self.call('Page.captureScreenshot', format='png', captureBeyondViewport=True, clip=clip)['data']
         path.write_bytes(base64.b64decode(data))
-
-    def top_of(self, anchor):
-        expression = f'document.getElementById("{anchor}").getBoundingClientRect().top + scrollY'
-        return self.call('Runtime.evaluate', expression=expression)['result']['value']
 
     def close(self):
         # The protocol's own end.
@@ -127,8 +123,6 @@ def in_browser(page, output):
             browser.open(page.as_uri())
             for scheme in ('light', 'dark'):
                 browser.picture(output / f'report-{scheme}.png', scheme)
-            # The one that docs/ has.
-            browser.picture(output / 'report.png', 'light', browser.top_of('question-5'), 590)
             for event in browser.events:
                 parameters = event.get('params', {})
                 if event.get('method') == 'Network.requestWillBeSent':
