@@ -26,26 +26,29 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6sql6-sqlite, ca-certificates")
 
+# Each description below begins with a summary of its own.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+
 set(CPACK_DEBIAN_ORRINET_PACKAGE_NAME orrinet)
 set(CPACK_DEBIAN_ORRINET_PACKAGE_RECOMMENDS orrinet-tools)
 set(CPACK_DEBIAN_ORRINET_DESCRIPTION "surveys on simulated respondents
- A panel of personas, each described in free text, answers a questionnaire
- through the OpenAI chat completions API. Every answer is stored in the project
- as it comes and shown at once in a grid, a row for each persona and a pair of
- columns, answer and reasoning, for each question.
- .
- A run needs a key of that service and costs what it charges. The package
- orrinet-tools has the same window for other endpoints.")
+A panel of personas, each described in free text, answers a questionnaire
+through the OpenAI chat completions API. Every answer is stored in the project
+as it comes and shown at once in a grid, a row for each persona and a pair of
+columns, answer and reasoning, for each question.
+
+A run needs a key of that service and costs what it charges. The package
+orrinet-tools has the same window for other endpoints.")
 
 set(CPACK_DEBIAN_ORRINET-TOOLS_PACKAGE_NAME orrinet-tools)
 set(CPACK_DEBIAN_ORRINET-TOOLS_PACKAGE_SUGGESTS orrinet)
 set(CPACK_DEBIAN_ORRINET-TOOLS_DESCRIPTION "Orrinet through other endpoints, and its answers as tables and reports
- orrinet-bridge is the window of Orrinet with a bridge to an endpoint of your
- choice, a hosted service or a model on your own machine. It tries again where
- that helps, keeps a record and a budget, and runs a project without a window.
- .
- orrinet-study checks a project before money is spent, exports its answers to
- CSV, Excel, SPSS, Stata and JSON, and reports on them.")
+orrinet-bridge is the window of Orrinet with a bridge to an endpoint of your
+choice, a hosted service or a model on your own machine. It tries again where
+that helps, keeps a record and a budget, and runs a project without a window.
+
+orrinet-study checks a project before money is spent, exports its answers to
+CSV, Excel, SPSS, Stata and JSON, and reports on them.")
 
 # What a package holds beside what is installed from the tree.
 configure_file(debian/changelog.in debian/changelog @ONLY)

@@ -75,9 +75,10 @@ packagers() {
     standIn dpkg-query 'echo installed'
     for tool in dpkg-buildflags lintian desktop-file-validate appstreamcli; do standIn "$tool" ''; done
     standIn cpack 'mkdir -p build/package/packed; echo same >build/package/packed/some.deb'
-    touch "$tree/VERSION.txt"
-    mkdir -p "$built/demo" "$built/standin"
-    touch "$built/standin/orrinet-standin"
+    touch -d @86400 "$tree/VERSION.txt"
+    mkdir -p "$built/demo" "$built/standin" "$built/packaging"
+    echo 86400 >"$built/dated"
+    touch "$built/standin/orrinet-standin" "$built/packaging/org.example.orrinet.metainfo.xml"
     standIn orrinet-demo 'touch build/package/tour/demo.ormt'
     mv "$bin/orrinet-demo" "$built/demo"
 }
