@@ -30,10 +30,12 @@ await() {
 
 # --- installing ------------------------------------------------------------------------------------------------
 
-# All that is there but what belongs to users and to the machine: kind, rights, owner and content. Of /var, where the
-# package manager keeps its books, the names alone.
+# All that is there but what belongs to users and to the machine, and the index of the manual pages, which is made anew
+# whenever any have changed: kind, rights, owner and content. Of /var, where the package manager keeps its books, no
+# content.
 listing() {
-    find / \( -path /proc -o -path /sys -o -path /dev -o -path /tmp -o -path /run -o -path /home -o -path /tour \) -prune \
+    find / \( -path /proc -o -path /sys -o -path /dev -o -path /tmp -o -path /run -o -path /home -o -path /tour \
+        -o -path /var/cache/man \) -prune \
         -o -printf '%p %y %m %u:%g %l\n' | sort
     find /etc /usr /opt /root /srv -type f ! -path /etc/resolv.conf -exec sha256sum {} + | sort -k 2
 }
