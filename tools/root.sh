@@ -53,7 +53,7 @@ inRoot() {
     done
     shift
     for name in HOME USER LOGNAME TERM CI DISPLAY WAYLAND_DISPLAY XAUTHORITY XDG_RUNTIME_DIR XDG_CACHE_HOME \
-        XDG_CONFIG_HOME http_proxy https_proxy no_proxy ORRINET_TEST_MODE ORRINET_JOBS; do
+        XDG_CONFIG_HOME http_proxy https_proxy no_proxy ORRINET_TEST_MODE ORRINET_JOBS SOURCE_DATE_EPOCH; do
         if [[ -n ${!name-} ]]; then keep+=("$name=${!name}"); fi
     done
     # shellcheck disable=SC2016 # for the shell within

@@ -66,5 +66,5 @@ scripts() {
     while IFS= read -r -d '' file; do
         IFS= read -r first <"$file" || first=
         if [[ $first == '#!'*bash || $first == '# shellcheck shell=bash' ]]; then printf '%s\0' "$file"; fi
-    done < <(tracked dev '.ci/*' 'tools/*' 'tests/dev/*')
+    done < <(tracked dev '.ci/*' 'tools/*' 'tests/dev/*' 'packaging/*')
 }

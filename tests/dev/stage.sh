@@ -6,8 +6,8 @@ original=$(cd ../.. && pwd -P)
 readonly original
 
 # Programs that ./dev calls as they are.
-readonly plainTools=(awk basename bash cat chmod cut date dirname env find flock grep head locale mkdir mktemp mv nproc
-    paste readlink rm sed sha256sum sort tail touch tr wc xargs)
+readonly plainTools=(awk basename bash cat chmod cmp cp cut date dirname env find flock grep head locale mkdir mktemp mv
+    nproc paste readlink rm sed sha256sum sort stat tail tee touch tr wc xargs)
 
 newStage() {
     local tool
@@ -67,6 +67,20 @@ standInFuzzer() {
     mkdir -p "$tree/build/fuzz/fuzz"
     standIn "fuzz-$1" "$2"
     mv "$bin/fuzz-$1" "$tree/build/fuzz/fuzz"
+}
+
+# What makes packages and reads them, with nothing to say, and what a tour takes along.
+packagers() {
+    local tool built=$tree/build/package/build
+    standIn dpkg-query 'echo installed'
+    for tool in dpkg-buildflags lintian desktop-file-validate appstreamcli; do standIn "$tool" ''; done
+    standIn cpack 'mkdir -p build/package/packed; echo same >build/package/packed/some.deb'
+    touch -d @86400 "$tree/VERSION.txt"
+    mkdir -p "$built/demo" "$built/standin" "$built/packaging"
+    echo 86400 >"$built/dated"
+    touch "$built/standin/orrinet-standin" "$built/packaging/org.example.orrinet.metainfo.xml"
+    standIn orrinet-demo 'touch build/package/tour/demo.ormt'
+    mv "$bin/orrinet-demo" "$built/demo"
 }
 
 # The roots that a later call would take for whole.
