@@ -75,20 +75,19 @@ private Q_SLOTS:
         QFETCH(const QString, content);
         const QString project = madeProject(content);
         const QList<Row> found = made(tool, u"tidy"_s, project);
-        QList<QJsonObject> wanted = answersIn(exported(project));
+        QHash<QString, QJsonObject> wanted;
+        for (const QJsonObject &answer : answersIn(exported(project)))
+            wanted.insert(answer["uuid"_L1].toString() + u' ' + textOf(answer["question_id"_L1]), answer);
         QCOMPARE(found.size(), wanted.size());
         for (const Row &row : found) {
-            const auto same = std::ranges::find_if(wanted, [&row](const QJsonObject &answer) {
-                return answer["uuid"_L1].toString() == row[u"uuid"_s] &&
-                       textOf(answer["question_id"_L1]) == row[u"question_id"_s];
-            });
-            QVERIFY2(same != wanted.end(), qPrintable(row[u"uuid"_s]));
+            const QString pair = row[u"uuid"_s] + u' ' + row[u"question_id"_s];
+            QVERIFY2(wanted.contains(pair), qPrintable(pair));
+            const QJsonObject same = wanted.take(pair);
             for (const QString &name : {u"name"_s, u"tags"_s, u"question"_s, u"prompt"_s, u"reasoning"_s, u"time"_s})
-                QCOMPARE(difference(name, row[name], textOf((*same)[name])), QString());
-            QCOMPARE(difference(u"answer"_s, row[u"answer"_s], answerIn(*same)), QString());
-            QCOMPARE(difference(u"number"_s, row[u"number"_s], textOf((*same)["numeric_answer"_L1])), QString());
-            QCOMPARE(shownType(row[u"type"_s]), (*same)["type"_L1].toString());
-            wanted.erase(same);
+                QCOMPARE(difference(name, row[name], textOf(same[name])), QString());
+            QCOMPARE(difference(u"answer"_s, row[u"answer"_s], answerIn(same)), QString());
+            QCOMPARE(difference(u"number"_s, row[u"number"_s], textOf(same["numeric_answer"_L1])), QString());
+            QCOMPARE(shownType(row[u"type"_s]), same["type"_L1].toString());
         }
     }
 
