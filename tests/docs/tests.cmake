@@ -1,12 +1,16 @@
-orrinet_tests(docs
-    SOURCES documentcheck.cpp documentcheck.h markdown.cpp markdown.h
-    CLASSES
-        tst_documents)
-# What the documents say of a program is held against its own help, where it is built.
+set(classes tst_documents)
+set(sources documentcheck.cpp documentcheck.h markdown.cpp markdown.h)
+if(ORRINET_BRIDGE AND ORRINET_STUDY)
+    list(APPEND classes tst_formats tst_snippets)
+    list(APPEND sources page.cpp page.h)
+endif()
+orrinet_tests(docs SOURCES ${sources} CLASSES ${classes})
+# What the documents say of a program is held against the program, where it is built.
 foreach(name IN ITEMS bridge study)
     if(TARGET orrinet-${name})
         string(TOUPPER ${name} variable)
         add_dependencies(tests-docs orrinet-${name})
+        target_link_libraries(tests-docs PRIVATE orrinet-${name}-parts)
         target_compile_definitions(tests-docs PRIVATE ORRINET_${variable}="$<TARGET_FILE:orrinet-${name}>")
     endif()
 endforeach()

@@ -83,8 +83,13 @@ def report(options):
     return check(flawed, humans, options)
 
 
+def formats(options):
+    from formats import check
+    return check(home / 'docs' / 'formats.md', flawed, options)
+
+
 def main():
-    parts = dict(example=example, statistics=statistics, exports=exports, report=report)
+    parts = dict(example=example, statistics=statistics, exports=exports, report=report, formats=formats)
     parser = argparse.ArgumentParser()
     parser.add_argument('--study', type=Path, required=True)
     parser.add_argument('--output', type=Path, required=True)
