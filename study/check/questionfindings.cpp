@@ -1,6 +1,7 @@
 #include "study/check/findings.h"
 #include "study/check/wording.h"
 #include "study/match.h"
+#include "study/told.h"
 
 #include "questions/answertypes.h"
 #include "survey/requestassembly.h"
@@ -72,29 +73,9 @@ QList<Finding> labelFindings(const Question &question)
     return found;
 }
 
-/// The choices that nothing tells the model. Only an Option has its labels in what is sent.
 QList<Finding> choiceFindings(const Question &question, const Boilerplate &boilerplate)
 {
-    if (question.kind == Kind::SingleChoice || !question.hasList())
-        return {};
-    const QString told =
-        caselessText(question.entry.prompt + u'\n' + boilerplate.preamble + u'\n' + boilerplate.postamble);
-    const auto isUntold = [&told](const QString &label) {
-        const QString folded = caselessText(label);
-        return !folded.isEmpty() && !hasWords(told, folded);
-    };
-    const auto isWhole = [](const QString &label) {
-        bool isNumber = false;
-        label.trimmed().toInt(&isNumber);
-        return isNumber;
-    };
-    // "From 1 to 5" tells all five.
-    const bool isScale =
-        question.kind == Kind::Likert && std::all_of(question.labels.begin(), question.labels.end(), isWhole);
-    if (isScale && !isUntold(question.labels.constFirst()) && !isUntold(question.labels.constLast()))
-        return {};
-    QStringList untold;
-    std::copy_if(question.labels.begin(), question.labels.end(), std::back_inserter(untold), isUntold);
+    const QStringList untold = untoldLabels(question, boilerplate);
     if (untold.isEmpty())
         return {};
     return {ofQuestion(question, u"unseen-choices"_s,

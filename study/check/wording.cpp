@@ -4,28 +4,6 @@ using namespace Qt::StringLiterals;
 
 namespace study {
 
-static bool isOfWord(QChar character)
-{
-    const QChar::Script script = character.script();
-    return character.isDigit() ||
-           (character.isLetter() &&
-            (script == QChar::Script_Latin || script == QChar::Script_Greek || script == QChar::Script_Cyrillic));
-}
-
-bool hasWords(const QString &text, const QString &words)
-{
-    if (words.isEmpty())
-        return true;
-    for (qsizetype at = text.indexOf(words); at >= 0; at = text.indexOf(words, at + 1)) {
-        const qsizetype end = at + words.size();
-        const bool goesOnBefore = at > 0 && isOfWord(text.at(at - 1)) && isOfWord(words.front());
-        const bool goesOnBehind = end < text.size() && isOfWord(text.at(end)) && isOfWord(words.back());
-        if (!goesOnBefore && !goesOnBehind)
-            return true;
-    }
-    return false;
-}
-
 QString inQuotes(const QString &text)
 {
     static constexpr qsizetype most = 40;

@@ -2,13 +2,9 @@
 
 #include <QStringList>
 
-// Texts compared and named.
+// Texts named in sentences.
 
 namespace study {
-
-/// Whether words stand in a text, both folded. In scripts that part words by blanks they have to be whole: "no" is not
-/// in "know".
-bool hasWords(const QString &text, const QString &words);
 
 /// A text in quotation marks, in one line, cut where it is long, without what could steer a terminal.
 QString inQuotes(const QString &text);

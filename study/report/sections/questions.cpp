@@ -5,6 +5,7 @@
 #include "study/statistics/distribution.h"
 #include "study/statistics/numbers.h"
 #include "study/statistics/words.h"
+#include "study/told.h"
 #include "survey/requestassembly.h"
 
 #include <algorithm>
@@ -28,7 +29,7 @@ QString shownOf(std::optional<double> value)
 }
 
 /// What of the labels went out with the question.
-QString whatWasTold(const Question &question)
+QString whatWasTold(const Question &question, const Boilerplate &boilerplate)
 {
     if (question.kind == Kind::Text || question.kind == Kind::Numeric)
         return u"The model was sent the question as it stands here."_s;
@@ -38,26 +39,15 @@ QString whatWasTold(const Question &question)
     }
     if (!answerFormat(question.entry).tools.isEmpty())
         return u"The model was given the labels as the only answers that it could choose from."_s;
-    QStringList missing;
-    for (const QString &label : question.labels) {
-        if (!question.entry.prompt.contains(label, Qt::CaseInsensitive))
-            missing << quoted(label, 40);
-    }
-    const QString begin = u"Of the labels the model was told nothing but what the prompt says. "_s;
-    if (missing.isEmpty())
-        return begin + u"The prompt names each of them."_s;
-    const qsizetype left = missing.size() - std::min(qsizetype(8), missing.size());
-    return begin + u"The prompt doesn't name %1%2."_s.arg(missing.first(missing.size() - left).join(u", "_s),
-                                                          left > 0 ? u" and %1 more"_s.arg(left) : QString());
-}
-
-/// Of the labels the numbers that the prompt leaves unsaid, where nothing else says them.
-bool isUntold(const Question &question)
-{
-    return question.hasList() && answerFormat(question.entry).tools.isEmpty() &&
-           std::any_of(question.labels.begin(), question.labels.end(), [&question](const QString &label) {
-               return !question.entry.prompt.contains(label, Qt::CaseInsensitive);
-           });
+    QStringList untold;
+    for (const QStringList labels = untoldLabels(question, boilerplate); const QString &label : labels)
+        untold << quoted(label, 40);
+    const QString begin = u"Of the labels the model was told nothing but what prompt and boilerplate say. "_s;
+    if (untold.isEmpty())
+        return begin + u"They name each of them, or the ends of the scale."_s;
+    const qsizetype left = untold.size() - std::min(qsizetype(8), untold.size());
+    return begin + u"They don't name %1%2."_s.arg(untold.first(untold.size() - left).join(u", "_s),
+                                                  left > 0 ? u" and %1 more"_s.arg(left) : QString());
 }
 
 TextTable labelTable(const Answers &answers)
@@ -251,7 +241,7 @@ void addQuestion(Blocks &blocks, const Survey &survey, int place)
     QString kind = shownName(question.kind);
     if (question.entry.judge)
         kind += u", adjudicated: another model answers it"_s;
-    blocks << Paragraph{u"%1. %2"_s.arg(kind, whatWasTold(question))};
+    blocks << Paragraph{u"%1. %2"_s.arg(kind, whatWasTold(question, survey.project.boilerplate))};
     blocks << Paragraph{u"n = %1 of %2 personas; %3 open, %4 not usable."_s.arg(
         QString::number(answers.n()), QString::number(answers.all), QString::number(answers.open),
         QString::number(answers.unusable))};
@@ -275,7 +265,7 @@ Section questionsSection(const Survey &survey)
     for (int place = 0; place < survey.answers.size(); ++place) {
         addQuestion(section.blocks, survey, place);
         const Question &question = *survey.answers.at(place).question;
-        if (isUntold(question)) {
+        if (!untoldLabels(question, survey.project.boilerplate).isEmpty()) {
             untold << QString::number(question.number);
             anchor = anchor.isEmpty() ? Survey::anchorOf(question) : anchor;
         }

@@ -3,6 +3,7 @@
 #include "study/check/storedtime.h"
 #include "study/check/wording.h"
 #include "study/match.h"
+#include "study/told.h"
 #include "tests/support/testcase.h"
 
 #include <QTest>

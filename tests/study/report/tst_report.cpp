@@ -158,10 +158,11 @@ private Q_SLOTS:
     void what_was_told_of_the_labels_is_said()
     {
         QVERIFY(saidBy(pageOf(2)).contains(u"Paragraph: Multiple Choice. Of the labels the model was told nothing but "
-                                           "what the prompt says. The prompt names each of them."_s));
-        QVERIFY(saidBy(pageOf(6)).contains(
-            u"Paragraph: Rank Choices. Of the labels the model was told nothing but what the prompt says. The prompt "
-            "doesn't name \u201cTea\u201d, \u201cCoffee\u201d, \u201cMilk\u201d."_s));
+                                           "what prompt and boilerplate say. They name each of them, or the ends of "
+                                           "the scale."_s));
+        QVERIFY(saidBy(pageOf(6)).contains(u"Paragraph: Rank Choices. Of the labels the model was told nothing but "
+                                           u"what prompt and boilerplate say. They "
+                                           "don't name \u201cTea\u201d, \u201cCoffee\u201d, \u201cMilk\u201d."_s));
         QCOMPARE(questionsSection(*drinks->survey).flags.first().text,
                  u"The model was not told all labels of 2 questions: number 5, 6"_s);
     }
