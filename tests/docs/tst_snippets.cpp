@@ -135,13 +135,13 @@ private Q_SLOTS:
     }
 
 private:
-    /// Each tool, on an empty project, on one of this test's own and on the example in which everything is wrong.
+    /// Each tool, on three projects of this test's own and on the example in which everything is wrong.
     static void snippets()
     {
         QTest::addColumn<QString>("tool");
         QTest::addColumn<QString>("content");
         for (const QString &tool : {u"sqlite3"_s, u"python3"_s}) {
-            for (const QString &content : {u"nothing"_s, u"all sorts"_s, u"the example"_s})
+            for (const QString &content : {u"nothing"_s, u"no questions"_s, u"all sorts"_s, u"the example"_s})
                 QTest::addRow("%s, %s", qPrintable(tool), qPrintable(content)) << tool << content;
         }
     }
@@ -153,6 +153,8 @@ private:
         if (content == "the example"_L1)
             return writeBytes(path, readBytes(QStringLiteral(ORRINET_SOURCE_FOLDER) + "/examples/flawed.ormt"_L1));
         SideDatabase file(writeProject(path));
+        if (content == "no questions"_L1)
+            enter(file, PersonaEntered{.uuid = u"a"_s, .name = u"Ann"_s});
         if (content == "all sorts"_L1 && !fill(file))
             QTest::qFail("the project can't be made", __FILE__, __LINE__);
         return path;
