@@ -12,9 +12,6 @@ set(CPACK_PACKAGE_VENDOR "The Orrinet developers")
 # An address that belongs to nobody, until there is one.
 set(CPACK_PACKAGE_CONTACT "The Orrinet developers <orrinet@example.org>")
 set(CPACK_STRIP_FILES ON)
-# Whatever the umask is.
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
-    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
