@@ -148,7 +148,7 @@ void addCheck(CLI::App &app, Command &chosen)
     auto *command = app.add_subcommand("check", "Counts what a run would ask, estimates its tokens and their cost, and "
                                                 "looks for what would go wrong");
     const auto raw = std::make_shared<RawCheck>();
-    command->add_option("project", raw->project, "The project to check")->type_name("FILE")->required();
+    command->add_option("PROJECT", raw->project, "Project file (.ormt)")->required()->type_name("");
     addEstimateOptions(*command, *raw);
     command->add_flag("--bridge", raw->bridge, "The run goes through orrinet-bridge, so that no format is refused");
     command->add_flag("--json", raw->json, "Print all of it for machines, in place of a short report");

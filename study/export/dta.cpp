@@ -69,15 +69,7 @@ QString DtaTable::write()
     collectLongTexts();
     writer.check(readstat_writer_set_file_format_version(writer.handle(), 118));
     writer.check(readstat_begin_writing_dta(writer.handle(), writer.device(), long(table.rows)));
-    for (qsizetype row = 0; row < table.rows && !writer.hasFailed(); ++row) {
-        writer.check(readstat_begin_row(writer.handle()));
-        const QList<Value> values = table.row(row);
-        for (qsizetype place = 0; place < values.size() && !writer.hasFailed(); ++place)
-            insert(values.at(place), place);
-        writer.check(readstat_end_row(writer.handle()));
-    }
-    if (!writer.hasFailed())
-        writer.check(readstat_end_writing(writer.handle()));
+    writer.writeRows(table, [this](const Value &value, qsizetype place) { insert(value, place); });
     return writer.failure();
 }
 
@@ -109,10 +101,8 @@ void DtaTable::addLabels(readstat_variable_t *variable, const Column &column)
     readstat_label_set_t *set =
         readstat_add_label_set(writer.handle(), READSTAT_TYPE_INT32, column.name.toUtf8().constData());
     for (int code = 0; code < column.codes.size(); ++code) {
-        const QByteArray label = cleaned(column.codes.at(code)).toUtf8();
-        if (label.size() > longestValueLabel)
-            losses.add(column.name, u"value labels "_s + cutAt(longestValueLabel, u"bytes"_s));
-        readstat_label_int32_value(set, column.firstCode + code, cutBytes(label, longestValueLabel).constData());
+        const QByteArray label = codeLabel(column, code, longestValueLabel, losses);
+        readstat_label_int32_value(set, column.firstCode + code, label.constData());
     }
     for (qsizetype reason = 0; reason < column.reasons.size(); ++reason) {
         const QByteArray label = shownName(column.reasons.at(reason)).toUtf8();

@@ -40,6 +40,27 @@ QString StatWriter::failure() const
     return hasFailed() ? QString::fromUtf8(readstat_error_message(firstError)) : QString();
 }
 
+void StatWriter::writeRows(const Table &table, const std::function<void(const Value &value, qsizetype place)> &insert)
+{
+    for (qsizetype row = 0; row < table.rows && !hasFailed(); ++row) {
+        check(readstat_begin_row(writer));
+        const QList<Value> values = table.row(row);
+        for (qsizetype place = 0; place < values.size() && !hasFailed(); ++place)
+            insert(values.at(place), place);
+        check(readstat_end_row(writer));
+    }
+    if (!hasFailed())
+        check(readstat_end_writing(writer));
+}
+
+QByteArray codeLabel(const Column &column, int code, qsizetype mostBytes, Losses &losses)
+{
+    const QByteArray label = cleaned(column.codes.at(code)).toUtf8();
+    if (label.size() > mostBytes)
+        losses.add(column.name, u"value labels "_s + cutAt(mostBytes, u"bytes"_s));
+    return cutBytes(label, mostBytes);
+}
+
 std::optional<double> storableNumber(const Value &value, double greatest, const QString &column, Losses &losses)
 {
     if (const auto *number = std::get_if<double>(&value)) {

@@ -5,6 +5,8 @@
 
 #include <readstat.h>
 
+#include <functional>
+
 class QIODevice;
 
 namespace study {
@@ -26,11 +28,17 @@ public:
     /// Empty where nothing failed.
     QString failure() const;
 
+    /// Writes the rows, value by value, and the end of the file, unless something has failed.
+    void writeRows(const Table &table, const std::function<void(const Value &value, qsizetype place)> &insert);
+
 private:
     QIODevice *out;
     readstat_writer_t *writer;
     readstat_error_t firstError = READSTAT_OK;
 };
+
+/// What a code stands for, cut where that is longer than a format takes, which is counted as a loss.
+QByteArray codeLabel(const Column &column, int code, qsizetype mostBytes, Losses &losses);
 
 /// The number to store, nothing where it is none that a format takes, which is counted as a loss.
 std::optional<double> storableNumber(const Value &value, double greatest, const QString &column, Losses &losses);

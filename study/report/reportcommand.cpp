@@ -132,7 +132,7 @@ void addReport(CLI::App &app, Command &chosen)
         "report",
         "Writes a report on the answers into one file, HTML or PDF: how they were made, what is missing, a page "
         "for each question, and how much they are one. The same project gives the same bytes.");
-    command->add_option("PROJECT", wanted->project, "Project file")->required();
+    command->add_option("PROJECT", wanted->project, "Project file (.ormt)")->required()->type_name("");
     command->add_option("--out", wanted->out, "File to write, by its name HTML (.html) or PDF (.pdf)")
         ->type_name("FILE")
         ->required()
