@@ -12,7 +12,11 @@ readonly packages=(orrinet orrinet-tools)
 readonly home=/home/visitor
 
 seen() { printf '%s\n' "$*"; }
-wrong() { printf 'tour: %s\n' "$*" >&2; exit 1; }
+wrong() {
+    printf 'tour: %s\n' "$*" >&2
+    tail -n 5 ./*.log >&2 || true
+    exit 1
+}
 is() { if [[ $1 != "$2" ]]; then wrong "$3: '$1', not '$2'"; fi; }
 
 # Before a command: as the user, in the user's own folder.
@@ -74,8 +78,11 @@ screen() {
     export DISPLAY
     "${visitor[@]}" openbox >/dev/null 2>&1 &
     ended+=($!)
-    await 'a window manager' xprop -root _NET_SUPPORTING_WM_CHECK
+    await 'a window manager' manages_windows
 }
+
+# A window that is opened while it starts may never be shown. xprop succeeds whether there is such a property or not.
+manages_windows() { xprop -root _NET_SUPPORTED | grep -q _NET_ACTIVE_WINDOW; }
 
 # open COMMAND: starts a program with a window, leaves its process in $process and its window in $window.
 open() {
