@@ -55,7 +55,7 @@ static Matches matchList(const QString &text, QChar separator, const QStringList
         });
     const qsizetype most = longest == labels.end() ? 1 : longest->count(separator) + 1;
     QStringList pieces;
-    for (const QString &piece : text.split(separator)) {
+    for (const auto all = text.split(separator); const QString &piece : all) {
         if (!piece.trimmed().isEmpty())
             pieces << piece;
     }

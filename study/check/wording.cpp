@@ -25,7 +25,7 @@ QString listed(const QStringList &texts)
 {
     static constexpr qsizetype most = 3;
     QStringList named;
-    for (const QString &text : texts.first(std::min(most, texts.size())))
+    for (const auto all = texts.first(std::min(most, texts.size())); const QString &text : all)
         named << inQuotes(text);
     const QString list = named.join(", "_L1);
     return texts.size() > most ? u"%1 and %2 more"_s.arg(list).arg(texts.size() - most) : list;

@@ -157,7 +157,7 @@ QStringList Export::objections() const
     QStringList all;
     for (const Described &described : tables)
         all << objectionToSize(options.format, described.table);
-    for (const QString &path : paths()) {
+    for (const auto files = paths(); const QString &path : files) {
         if (QFileInfo(path) == QFileInfo(project.path))
             all << u"%1 is the project itself"_s.arg(path);
         else
@@ -294,7 +294,7 @@ void Export::tell() const
     for (const Written &table : written) {
         const QString file = QFileInfo(table.path).fileName();
         const QString place = isOneFile(options.format) ? u"%1, %2"_s.arg(file, table.table) : file;
-        for (const QString &sentence : sentencesOf(place, table.losses))
+        for (const auto all = sentencesOf(place, table.losses); const QString &sentence : all)
             say(sentence);
         reports << reportOn(table);
     }

@@ -56,7 +56,7 @@ QList<QStringList> Page::table(const QString &heading, const QString &firstColum
 QStringList Page::names(const QString &heading, const QString &firstColumn) const
 {
     QStringList all;
-    for (const QStringList &row : table(heading, firstColumn))
+    for (const auto rows = table(heading, firstColumn); const QStringList &row : rows)
         all << codeIn(row.value(0));
     return all;
 }

@@ -107,7 +107,7 @@ private Q_SLOTS:
         QFETCH(const QString, table);
         SideDatabase file(savedProject());
         int told = 0;
-        for (const QStringList &row : page.table(u"`%1`"_s.arg(table), u"Column"_s)) {
+        for (const auto all = page.table(u"`%1`"_s.arg(table), u"Column"_s); const QStringList &row : all) {
             const QString column = codeIn(row.at(0)).at(0);
             const QVariant value = file.value(u"SELECT %1 FROM %2"_s.arg(column, table));
             QCOMPARE(row.at(2).startsWith("NULL"_L1) || row.at(2).contains("; NULL in personas made"_L1),
@@ -143,7 +143,7 @@ private Q_SLOTS:
         keys.sort();
         QCOMPARE(QSettings().allKeys(), keys);
         const QString text = QString::fromUtf8(readBytes(stage->path(u".config/Orrinet/Orrinet.conf"_s)));
-        for (const QStringList &row : page.table(u"The settings"_s, u"Key"_s)) {
+        for (const auto all = page.table(u"The settings"_s, u"Key"_s); const QStringList &row : all) {
             const QStringList places = codeIn(row.at(1));
             const qsizetype section = text.indexOf(QString(places.at(1) + u'\n'));
             QVERIFY2(section >= 0, qPrintable(text));
@@ -170,7 +170,7 @@ private Q_SLOTS:
         QCOMPARE(csvRows(folder + "/codebook.csv"_L1).at(0), page.names(u"The codebook"_s, u"Column"_s));
         // The page tells of question 12 and its third label.
         QStringList wide;
-        for (const QString &name : page.names(u"The wide table"_s, u"Column"_s))
+        for (const auto all = page.names(u"The wide table"_s, u"Column"_s); const QString &name : all)
             wide << QString(name).replace("q12"_L1, "q1"_L1).replace("_3"_L1, "_1"_L1);
         const QStringList found = csvRows(folder + "/wide.csv"_L1).at(0);
         for (const QString &name : found)
@@ -199,10 +199,10 @@ private Q_SLOTS:
         QFETCH(const QString, to);
         QFETCH(const int, column);
         QStringList wanted;
-        for (const QStringList &row : page.table(u"The wide table"_s, u"Reason"_s))
+        for (const auto all = page.table(u"The wide table"_s, u"Reason"_s); const QStringList &row : all)
             wanted << QString(row.at(column)).remove(u'`');
         QStringList found;
-        for (const QStringList &row : csvRows(exported(to) + "/codebook.csv"_L1)) {
+        for (const auto all = csvRows(exported(to) + "/codebook.csv"_L1); const QStringList &row : all) {
             if (row.at(1) == "q1"_L1 && row.at(6) != "Yes"_L1)
                 found << row.at(5);
         }
@@ -213,7 +213,7 @@ private:
     /// What the page tells of project files.
     QString property(const QString &name) const
     {
-        for (const QStringList &row : page.table(u"The project"_s, u"Property"_s)) {
+        for (const auto all = page.table(u"The project"_s, u"Property"_s); const QStringList &row : all) {
             if (row.at(0) == name)
                 return row.at(1);
         }

@@ -58,7 +58,7 @@ Grid gridOf(const MapSpec &spec)
             ++grid.counts[mark];
         }
     }
-    for (const auto &cell : cells)
+    for (const auto &cell : std::as_const(cells))
         grid.marks << markOf(cell);
     return grid;
 }

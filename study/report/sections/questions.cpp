@@ -133,7 +133,7 @@ void addText(Blocks &blocks, const Answers &answers)
     TextTable table{.caption = u"The words that occur in most answers, without the commonest ones of English."_s,
                     .header = {u"Word"_s, u"Answers"_s, u"Share"_s, u"Times"_s},
                     .rows = {}};
-    for (const FrequentWord &word : frequentWords(answers.given, mostWords)) {
+    for (const auto all = frequentWords(answers.given, mostWords); const FrequentWord &word : all) {
         table.rows << TextTable::Row{{brief(word.word, 60), QString::number(word.texts),
                                       percentOf(word.texts, answers.n()), QString::number(word.times)}};
     }
@@ -251,7 +251,7 @@ void addQuestion(Blocks &blocks, const Survey &survey, int place)
     blocks << spreadTable(answers);
     if (!survey.groups.isEmpty())
         blocks << tagTable(survey, answers, place);
-    for (const Quotation &quotation : quotationsOf(survey, answers))
+    for (const auto all = quotationsOf(survey, answers); const Quotation &quotation : all)
         blocks << quotation;
 }
 
