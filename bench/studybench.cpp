@@ -16,8 +16,11 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <cstdlib>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 using Unit = Report::Unit;
@@ -83,6 +86,14 @@ Taken run(const QStringList &command)
     return taken;
 }
 
+/// The one in the middle of three: the machine has other work too.
+Taken middleOf(const std::function<Taken()> &once)
+{
+    std::array<Taken, 3> all{once(), once(), once()};
+    std::sort(all.begin(), all.end(), [](const Taken &a, const Taken &b) { return a.seconds < b.seconds; });
+    return all[0].done && all[1].done && all[2].done ? all[1] : Taken();
+}
+
 qint64 sizeOf(const QString &folder)
 {
     qint64 size = 0;
@@ -94,12 +105,17 @@ qint64 sizeOf(const QString &folder)
 /// The long form as the database's own command writes it.
 double floorOf(const QString &project, const QString &file)
 {
-    const Taken taken = run({u"sqlite3"_s, u"-csv"_s, u"-header"_s, project, u".output "_s + file,
-                             u"SELECT p.uuid, p.name, q.question_id, q.order_num, q.prompt, q.answer_type, "
-                             "r.text_answer, r.numeric_answer, r.json_answer, json_extract(r.json_answer, "
-                             "'$.reasoning'), r.created_at FROM personas p CROSS JOIN questions q LEFT JOIN responses "
-                             "r ON r.persona_uuid = p.uuid AND r.question_id = q.question_id ORDER BY p.name, "
-                             "q.order_num, r.created_at"_s});
+    const QStringList command{u"sqlite3"_s,
+                              u"-csv"_s,
+                              u"-header"_s,
+                              project,
+                              u".output "_s + file,
+                              u"SELECT p.uuid, p.name, q.question_id, q.order_num, q.prompt, q.answer_type, "
+                              "r.text_answer, r.numeric_answer, r.json_answer, json_extract(r.json_answer, "
+                              "'$.reasoning'), r.created_at FROM personas p CROSS JOIN questions q LEFT JOIN responses "
+                              "r ON r.persona_uuid = p.uuid AND r.question_id = q.question_id ORDER BY p.name, "
+                              "q.order_num, r.created_at"_s};
+    const Taken taken = middleOf([&command] { return run(command); });
     return taken.done ? taken.seconds : 0;
 }
 
@@ -147,7 +163,9 @@ static void study(benchmark::State &state, const Work &work, int personas, int q
         QStringList command{QStringLiteral(ORRINET_STUDY)};
         for (QString word : work.arguments)
             command << word.replace("%1"_L1, project).replace("%2"_L1, out.path());
-        const Taken taken = run(command);
+        if (work.arguments.contains("--out"_L1))
+            command << u"--force"_s;
+        const Taken taken = middleOf([&command] { return run(command); });
         if (!taken.done) {
             state.SkipWithError("it failed");
             return;
